@@ -1,0 +1,10 @@
+// Selvora: the whole exported interface of libSelvora100_64.
+#pragma once
+
+#include "selvora/export.h"
+#include "selvora/foundation/list.h"
+#include "selvora/foundation/ov_array.h"
+#include "selvora/foundation/ov_color.h"
+#include "selvora/foundation/ov_string.h"
+#include "selvora/kernel/matrix3d.h"
+#include "selvora/kernel/point3d.h"
