@@ -1,1 +1,107 @@
-int main() { return 0; }
+// selvora-demo: shows the library at work on its kernel and foundation types.
+#include <cstdio>
+
+#include "selvora/selvora.h"
+
+namespace {
+
+void Print(const char* label, Point3d p) {
+    std::printf("  %-34s (%.17g, %.17g, %.17g)\n", label, p.x, p.y, p.z);
+}
+
+void Print(const char* label, Vector3d v) {
+    std::printf("  %-34s <%.17g, %.17g, %.17g>\n", label, v.x, v.y, v.z);
+}
+
+void PrintMatrix(const char* label, const Matrix3d& m) {
+    std::printf("  %s\n", label);
+    for (const auto& row : m.m) {
+        std::printf("    [%12.9f %12.9f %12.9f %12.9f]\n", row[0], row[1], row[2], row[3]);
+    }
+}
+
+void Kernel() {
+    std::printf("Kernel: points, vectors and transforms\n");
+    Point3d a(1.0, 2.0, 3.0), b(4.0, 6.0, 3.0);
+    Vector3d d = b - a;
+    Print("a", a);
+    Print("b", b);
+    Print("b - a", d);
+    std::printf("  %-34s %.17g\n", "distance a..b", a.distanceTo(b));
+    std::printf("  %-34s %.17g rad\n", "OV_angle(a, b) in the XY plane", OV_angle(a, b));
+    double before = d.normalize();
+    Print("b - a normalised", d);
+    std::printf("  %-34s %.17g\n", "length before normalising", before);
+    std::printf("  %-34s %.17g rad\n", "angle from X to Y about -Z",
+                Vector3d(1, 0, 0).angleTo(Vector3d(0, 1, 0), Vector3d(0, 0, -1)));
+
+    Matrix3d rotation;
+    rotation.setToRotation(1.5707963267948966, Point3d(1, 1, 0), Vector3d(0, 0, 1));
+    PrintMatrix("quarter turn about the Z line through (1, 1, 0):", rotation);
+    Print("(2, 1, 0) turned", rotation * Point3d(2, 1, 0));
+    Matrix3d back = rotation.inverse();
+    Print("and turned back", back * (rotation * Point3d(2, 1, 0)));
+
+    Matrix3d mirror;
+    mirror.setToReflection(Vector3d(0, 0, 2));
+    Print("(1, 2, 3) mirrored in z = 0", mirror * Point3d(1, 2, 3));
+    std::printf("  %-34s %d (rotation %d)\n", "mirror has a mirror", mirror.haveMirror(),
+                rotation.haveMirror());
+
+    Matrix3d frame;
+    frame.setCoordSystem(Point3d(5, 0, 0), Vector3d(0, 1, 0), Vector3d(0, 0, 1));
+    Print("local (1, 0, 0) in a frame at (5,0,0)", frame * Point3d(1, 0, 0));
+    std::printf("\n");
+}
+
+void Foundation() {
+    std::printf("Foundation: string, arrays, list and colour\n");
+    OvString name("Selvora");
+    name += " geometry";
+    OvString shout = name;
+    shout.MakeUpper();
+    std::printf("  %-34s \"%s\" (length %d, buffer %d bytes)\n", "string", (const char*)name,
+                name.GetLength(), name.GetAllocLength());
+    std::printf("  %-34s \"%s\"\n", "upper case", (const char*)shout);
+    std::printf("  %-34s \"%s\" / \"%s\" / \"%s\"\n", "Left(7) / Mid(8, 3) / Right(4)",
+                (const char*)name.Left(7), (const char*)name.Mid(8, 3), (const char*)name.Right(4));
+    std::printf("  %-34s %d\n", "Find(\"geo\")", name.Find("geo"));
+    OvString formatted;
+    formatted.Format("%d points, %.3f mm", 42, 2.5);
+    std::printf("  %-34s \"%s\"\n", "Format", (const char*)formatted);
+
+    OvPnt3dArray points;
+    for (int i = 0; i < 10; ++i) points.Add(Point3d(i, i * i, 0));
+    std::printf("  %-34s size %d, capacity %d\n", "10 points added", points.GetSize(),
+                points.GetCapacity());
+    points.RemoveAt(2, 3);
+    Print("after RemoveAt(2, 3), element 2", points.GetAt(2));
+
+    OvStringArray words;
+    words.Add("arc");
+    words.Add("line");
+    words.InsertAt(1, OvString("circle"), 1);
+    std::printf("  %-34s", "string array");
+    for (int i = 0; i < words.GetSize(); ++i) std::printf(" %s", (const char*)words.GetAt(i));
+    std::printf("\n");
+
+    int values[3] = {1, 2, 3};
+    LIST* list = nullptr;
+    for (int& v : values) list = ListAdd(list, &v);
+    std::printf("  %-34s", "list (newest first)");
+    for (LIST* node = list; node; node = node->next) std::printf(" %d", *(int*)node->data);
+    std::printf(" (%d nodes)\n", ListCount(list));
+    ListDestroy(list);
+
+    OvColor white, red(1.0f, 0.0f, 0.0f);
+    std::printf("  %-34s (%g, %g, %g), equal to red: %d\n", "default colour", white.red,
+                white.green, white.blue, white == red);
+}
+
+}  // namespace
+
+int main() {
+    Kernel();
+    Foundation();
+    return 0;
+}
