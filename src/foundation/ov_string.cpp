@@ -206,13 +206,13 @@ OvString operator+(const char* s, const OvString& a) {
 // ---- comparison ----
 
 int OvString::Compare(const char* s) const {
-    if (!s) return 1;
+    if (!s || !m_pchData) return Order(m_pchData, s);
     const int d = std::strcmp(m_pchData, s);  // strcmp compares bytes as unsigned char
     return (d > 0) - (d < 0);
 }
 
 int OvString::CompareNoCase(const char* s) const {
-    if (!s) return 1;
+    if (!s || !m_pchData) return Order(m_pchData, s);
     return selvora::_stricmp(m_pchData, s);
 }
 
@@ -253,7 +253,7 @@ int OvString::Find(unsigned char c, int start) const {
 }
 
 int OvString::Find(const char* s, int start) const {
-    if (!s || start < 0 || start > GetLength()) return -1;
+    if (!s || !m_pchData || start < 0 || start > GetLength()) return -1;
     const char* hit = std::strstr(m_pchData + start, s);
     return hit ? static_cast<int>(hit - m_pchData) : -1;
 }
