@@ -14,7 +14,9 @@ PACKAGES=(
 )
 
 installed() {
-  dpkg-query -W -f='${Status}\n' "$@" 2>/dev/null | grep -vc 'install ok installed' | grep -qx 0
+  local status
+  status=$(dpkg-query -W -f='${Status}\n' "$@" 2>/dev/null || true)
+  [ "$(printf '%s\n' "$status" | grep -c '^install ok installed$')" -eq "$#" ]
 }
 
 if installed "${PACKAGES[@]}"; then
