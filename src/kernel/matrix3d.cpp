@@ -23,15 +23,6 @@ Matrix3d Rotation(double angle, Vector3d axis) {
 
 }  // namespace
 
-// The inline hot paths of the header, emitted here too so that the library
-// exports them like every other operation.
-[[gnu::used]] static Matrix3d (Matrix3d::*const kExportProduct)(Matrix3d) const =
-    &Matrix3d::operator*;
-[[gnu::used]] static Point3d (*const kExportPointTransform)(Matrix3d, Point3d) = &operator*;
-[[gnu::used]] static Vector3d (*const kExportVectorTransform)(Matrix3d, Vector3d) = &operator*;
-
-Matrix3d::Matrix3d() { setToIdentity(); }
-
 Matrix3d::Matrix3d(double a1, double a2, double a3, double a4, double a5, double a6, double a7,
                    double a8, double a9, double a10, double a11, double a12, double a13, double a14,
                    double a15, double a16) {
@@ -43,12 +34,6 @@ void Matrix3d::set(double a1, double a2, double a3, double a4, double a5, double
                    double a15, double a16) {
     const double a[16] = {a1, a2, a3, a4, a5, a6, a7, a8, a9, a10, a11, a12, a13, a14, a15, a16};
     for (int i = 0; i < 16; ++i) m[i / 4][i % 4] = a[i];
-}
-
-Matrix3d Matrix3d::operator=(Matrix3d other) {
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) m[r][c] = other.m[r][c];
-    return *this;
 }
 
 Matrix3d Matrix3d::setToIdentity() {

@@ -7,13 +7,6 @@
 
 // ---- Point3d ----
 
-Point3d Point3d::operator=(Point3d p) {
-    x = p.x;
-    y = p.y;
-    z = p.z;
-    return *this;
-}
-
 Point3d Point3d::set(double px, double py, double pz) {
     x = px;
     y = py;
@@ -106,13 +99,6 @@ Point3d Point3d::transformBy(Matrix3d m) {
 Vector3d Point3d::asVector3d() { return Vector3d(x, y, z); }
 
 // ---- Vector3d ----
-
-Vector3d& Vector3d::operator=(Vector3d v) {
-    x = v.x;
-    y = v.y;
-    z = v.z;
-    return *this;
-}
 
 Vector3d& Vector3d::set(double vx, double vy, double vz) {
     x = vx;

@@ -11,7 +11,10 @@ class SELVORA_API Matrix3d {
   public:
     double m[4][4];
 
-    Matrix3d();
+    Matrix3d() {
+        for (int r = 0; r < 4; ++r)
+            for (int c = 0; c < 4; ++c) m[r][c] = r == c ? 1.0 : 0.0;
+    }
     Matrix3d(const Matrix3d& other) = default;
     Matrix3d(double a1, double a2, double a3, double a4, double a5, double a6, double a7, double a8,
              double a9, double a10, double a11, double a12, double a13, double a14, double a15,
@@ -20,7 +23,11 @@ class SELVORA_API Matrix3d {
     void set(double a1, double a2, double a3, double a4, double a5, double a6, double a7, double a8,
              double a9, double a10, double a11, double a12, double a13, double a14, double a15,
              double a16);
-    Matrix3d operator=(Matrix3d other);  // returns a copy, not a reference
+    Matrix3d operator=(Matrix3d other) {  // returns a copy, not a reference
+        for (int r = 0; r < 4; ++r)
+            for (int c = 0; c < 4; ++c) m[r][c] = other.m[r][c];
+        return *this;
+    }
 
     Matrix3d setToIdentity();
     Matrix3d setToTranslation(Vector3d t);
@@ -49,14 +56,19 @@ class SELVORA_API Matrix3d {
 
 // The product and the point and vector transforms are the kernel's hot paths:
 // they are defined here so that callers inline them, and the library also
-// exports an out-of-line copy of each.
+// exports an out-of-line copy of each (as it does of the inline members).
+//
+// Each entry of the product is ((a0*b0 + a1*b1) + a2*b2) + a3*b3, summed in
+// that order; accumulating a whole row at a time keeps that order and lets
+// the compiler work on several entries at once.
 inline Matrix3d Matrix3d::operator*(Matrix3d b) const {
     Matrix3d r;
     for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j) {
-            r.m[i][j] = m[i][0] * b.m[0][j] + m[i][1] * b.m[1][j] + m[i][2] * b.m[2][j] +
-                        m[i][3] * b.m[3][j];
-        }
+        double row[4];
+        for (int j = 0; j < 4; ++j) row[j] = m[i][0] * b.m[0][j];
+        for (int k = 1; k < 4; ++k)
+            for (int j = 0; j < 4; ++j) row[j] += m[i][k] * b.m[k][j];
+        for (int j = 0; j < 4; ++j) r.m[i][j] = row[j];
     }
     return r;
 }

@@ -16,7 +16,12 @@ class SELVORA_API Point3d {
     Point3d(double x, double y, double z) : x(x), y(y), z(z) {}
     Point3d(const Point3d& p) = default;
 
-    Point3d operator=(Point3d p);  // returns a copy, not a reference
+    Point3d operator=(Point3d p) {  // returns a copy, not a reference
+        x = p.x;
+        y = p.y;
+        z = p.z;
+        return *this;
+    }
     Point3d set(double x, double y, double z);
 
     int operator==(Point3d p) const;
@@ -55,7 +60,12 @@ class SELVORA_API Vector3d {
     Vector3d(double x, double y, double z) : x(x), y(y), z(z) {}
     Vector3d(const Vector3d& v) = default;
 
-    Vector3d& operator=(Vector3d v);
+    Vector3d& operator=(Vector3d v) {
+        x = v.x;
+        y = v.y;
+        z = v.z;
+        return *this;
+    }
     Vector3d& set(double x, double y, double z);
 
     int operator==(Vector3d v) const;

@@ -1,0 +1,75 @@
+#!/usr/bin/env bash
+# Builds the benchmark programs in Release mode, runs them and prints how the
+# library compares with the reference implementations.
+#
+#   bench/run.sh [extra Google Benchmark options...]
+#
+# BENCH_REPETITIONS (default 3) sets how many times each benchmark is run; the
+# ratios use the median real time. The JSON results are kept in build-bench/.
+set -euo pipefail
+
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+build="$root/build-bench"
+repetitions="${BENCH_REPETITIONS:-3}"
+
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release \
+    -DSELVORA_BUILD_BENCHMARKS=ON -DSELVORA_BUILD_TESTS=OFF >/dev/null
+cmake --build "$build" -j2 --target array_bench matrix_bench
+
+for program in array_bench matrix_bench; do
+    echo
+    "$build/bench/$program" \
+        --benchmark_repetitions="$repetitions" \
+        --benchmark_out="$build/$program.json" --benchmark_out_format=json "$@"
+done
+
+python3 - "$build/array_bench.json" "$build/matrix_bench.json" <<'PY'
+import json
+import statistics
+import sys
+
+NS_PER_UNIT = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+# Real time in ns per benchmark: the median aggregate when repetitions were
+# run, otherwise the median of the single runs.
+times = {}
+for path in sys.argv[1:]:
+    with open(path) as f:
+        entries = json.load(f)["benchmarks"]
+    runs, medians = {}, {}
+    for e in entries:
+        if e.get("error_occurred"):
+            sys.exit(f"{e['name']}: {e.get('error_message', 'failed')}")
+        ns = e["real_time"] * NS_PER_UNIT[e["time_unit"]]
+        name = e.get("run_name", e["name"])
+        if e.get("run_type") == "aggregate":
+            if e.get("aggregate_name") == "median":
+                medians[name] = ns
+        else:
+            runs.setdefault(name, []).append(ns)
+    for name, values in runs.items():
+        times[name] = medians.get(name, statistics.median(values))
+
+# (library benchmark, reference benchmark, goal or None when only reported)
+RATIOS = [
+    ("BM_OvPnt3dArray_Add/iterations:5/real_time",
+     "BM_StdVector_PushBack/iterations:5/real_time", 1.5),
+    ("BM_Matrix3d_TimesPoint3d/real_time", "BM_Eigen_Matrix4d_TimesVector4d/real_time", 1.2),
+    ("BM_Matrix3d_TimesMatrix3d/real_time", "BM_Eigen_Matrix4d_TimesMatrix4d/real_time", 1.2),
+    ("BM_Matrix3d_Inverse/real_time", "BM_Eigen_Matrix4d_Inverse/real_time", None),
+]
+
+def short(name):
+    return name.split("/")[0][3:]
+
+print()
+print(f"{'library':34} {'reference':32} {'ratio':>7}  goal")
+for lib, ref, goal in RATIOS:
+    if lib not in times or ref not in times:
+        print(f"{short(lib):34} {short(ref):32} {'-':>7}  (not run)")
+        continue
+    ratio = times[lib] / times[ref]
+    verdict = "reported only" if goal is None else (
+        f"<= {goal}: {'met' if ratio <= goal else 'MISSED'}")
+    print(f"{short(lib):34} {short(ref):32} {ratio:7.3f}  {verdict}")
+PY
