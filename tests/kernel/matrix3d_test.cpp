@@ -20,26 +20,13 @@
 #include <utility>
 
 #include "selvora/selvora.h"
+#include "support/exact.h"
 
 namespace {
 
 constexpr double kHalfPi = 1.5707963267948966;
 
-std::uint64_t Bits(double d) {
-    std::uint64_t u;
-    std::memcpy(&u, &d, sizeof u);
-    return u;
-}
-
-// Bitwise equality, so that 0.0 and -0.0 are told apart.
-::testing::AssertionResult SameDouble(const char* eExpr, const char* aExpr, double e, double a) {
-    if (Bits(e) == Bits(a)) return ::testing::AssertionSuccess();
-    std::ostringstream os;
-    os << std::setprecision(17) << aExpr << " is " << a << ", expected " << eExpr << " = " << e;
-    return ::testing::AssertionFailure() << os.str();
-}
-
-#define EXPECT_SAME_DOUBLE(e, a) EXPECT_PRED_FORMAT2(SameDouble, e, a)
+using selvora_test::Bits;
 
 // Compares all 16 entries bit for bit against a row-major list.
 ::testing::AssertionResult MatrixIs(const char*, const char* eExpr, const Matrix3d& m,
@@ -526,24 +513,26 @@ TEST(Matrix3d, InvertReplacesAndReturnsCopy) {
     EXPECT_MATRIX(s, kIdentity);
 }
 
+// MatA() * MatB(), entry by entry ((a0*b0 + a1*b1) + a2*b2) + a3*b3 (python).
+const double kProductAB[16] = {0.6000000000000001,
+                               0.37,
+                               0.33000000000000007,
+                               1.2000000000000002,  //
+                               -0.25,
+                               2.475,
+                               -2.3,
+                               1.5,  //
+                               1.0,
+                               -0.17,
+                               -0.56,
+                               1.9000000000000004,  //
+                               0.5,
+                               0.15000000000000002,
+                               1.5,
+                               1.5};
+
 TEST(Matrix3d, ProductSumsInOrder) {
     // (a*b)[r][c] = ((a[r][0]*b[0][c] + a[r][1]*b[1][c]) + a[r][2]*b[2][c]) + a[r][3]*b[3][c].
-    const double ab[16] = {0.6000000000000001,
-                           0.37,
-                           0.33000000000000007,
-                           1.2000000000000002,
-                           -0.25,
-                           2.475,
-                           -2.3,
-                           1.5,
-                           1.0,
-                           -0.17,
-                           -0.56,
-                           1.9000000000000004,
-                           0.5,
-                           0.15000000000000002,
-                           1.5,
-                           1.5};
     const double ba[16] = {1.3900000000000001,
                            -1.62,
                            0.8800000000000001,
@@ -562,7 +551,7 @@ TEST(Matrix3d, ProductSumsInOrder) {
                            1.1500000000000001};
     const Matrix3d a = MatA();
     const Matrix3d b = MatB();
-    EXPECT_MATRIX(a * b, ab);
+    EXPECT_MATRIX(a * b, kProductAB);
     EXPECT_MATRIX(b * a, ba);
     EXPECT_SAME_MATRIX(MatA(), a);
     EXPECT_SAME_MATRIX(MatB(), b);
@@ -571,23 +560,7 @@ TEST(Matrix3d, ProductSumsInOrder) {
 TEST(Matrix3d, TimesEqualsMultipliesOnTheRight) {
     Matrix3d m = MatA();
     m *= MatB();
-    const double ab[16] = {0.6000000000000001,
-                           0.37,
-                           0.33000000000000007,
-                           1.2000000000000002,
-                           -0.25,
-                           2.475,
-                           -2.3,
-                           1.5,
-                           1.0,
-                           -0.17,
-                           -0.56,
-                           1.9000000000000004,
-                           0.5,
-                           0.15000000000000002,
-                           1.5,
-                           1.5};
-    EXPECT_MATRIX(m, ab);
+    EXPECT_MATRIX(m, kProductAB);
 }
 
 TEST(Matrix3d, ProductAppliesRightOperandFirst) {

@@ -16,26 +16,13 @@
 #include <utility>
 
 #include "selvora/selvora.h"
+#include "support/exact.h"
 
 namespace {
 
 constexpr double kTwoPiF = 6.2831854820251465;  // 2*pi rounded to float, widened
 
-std::uint64_t Bits(double d) {
-    std::uint64_t u;
-    std::memcpy(&u, &d, sizeof u);
-    return u;
-}
-
-// Bitwise equality, so that 0.0 and -0.0 are told apart.
-::testing::AssertionResult SameDouble(const char* eExpr, const char* aExpr, double e, double a) {
-    if (Bits(e) == Bits(a)) return ::testing::AssertionSuccess();
-    std::ostringstream os;
-    os << std::setprecision(17) << aExpr << " is " << a << ", expected " << eExpr << " = " << e;
-    return ::testing::AssertionFailure() << os.str();
-}
-
-#define EXPECT_SAME_DOUBLE(e, a) EXPECT_PRED_FORMAT2(SameDouble, e, a)
+using selvora_test::Bits;
 
 void ExpectXyz(double x, double y, double z, double ax, double ay, double az) {
     EXPECT_SAME_DOUBLE(x, ax);
