@@ -4,13 +4,15 @@
 #
 #   bench/run.sh [extra Google Benchmark options...]
 #
-# BENCH_REPETITIONS (default 3) sets how many times each benchmark is run; the
-# ratios use the median real time. The JSON results are kept in build-bench/.
+# BENCH_REPETITIONS (default 10) sets how many times each benchmark is run; the
+# ratios use the fastest repetition's real time, the estimate least disturbed
+# by whatever else the machine is doing. The JSON results are kept in
+# build-bench/.
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="$root/build-bench"
-repetitions="${BENCH_REPETITIONS:-3}"
+repetitions="${BENCH_REPETITIONS:-10}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release \
     -DSELVORA_BUILD_BENCHMARKS=ON -DSELVORA_BUILD_TESTS=OFF >/dev/null
@@ -25,30 +27,23 @@ done
 
 python3 - "$build/array_bench.json" "$build/matrix_bench.json" <<'PY'
 import json
-import statistics
 import sys
 
 NS_PER_UNIT = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
-# Real time in ns per benchmark: the median aggregate when repetitions were
-# run, otherwise the median of the single runs.
+# Real time in ns per benchmark: the fastest of its repetitions.
 times = {}
 for path in sys.argv[1:]:
     with open(path) as f:
         entries = json.load(f)["benchmarks"]
-    runs, medians = {}, {}
     for e in entries:
         if e.get("error_occurred"):
             sys.exit(f"{e['name']}: {e.get('error_message', 'failed')}")
+        if e.get("run_type") == "aggregate":
+            continue
         ns = e["real_time"] * NS_PER_UNIT[e["time_unit"]]
         name = e.get("run_name", e["name"])
-        if e.get("run_type") == "aggregate":
-            if e.get("aggregate_name") == "median":
-                medians[name] = ns
-        else:
-            runs.setdefault(name, []).append(ns)
-    for name, values in runs.items():
-        times[name] = medians.get(name, statistics.median(values))
+        times[name] = min(ns, times.get(name, ns))
 
 # (library benchmark, reference benchmark, goal or None when only reported)
 RATIOS = [
