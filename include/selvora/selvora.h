@@ -2,9 +2,16 @@
 #pragma once
 
 #include "selvora/export.h"
+#include "selvora/foundation/carray.h"
 #include "selvora/foundation/list.h"
 #include "selvora/foundation/ov_array.h"
 #include "selvora/foundation/ov_color.h"
 #include "selvora/foundation/ov_string.h"
+#include "selvora/geometry/arc.h"
+#include "selvora/geometry/curve.h"
+#include "selvora/geometry/geometry.h"
+#include "selvora/geometry/implicit_curve.h"
+#include "selvora/geometry/line.h"
+#include "selvora/geometry/triangle.h"
 #include "selvora/kernel/matrix3d.h"
 #include "selvora/kernel/point3d.h"

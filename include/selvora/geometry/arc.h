@@ -1,0 +1,2 @@
+// GArc and Circle: circular arcs and full circles in space.
+#pragma once

@@ -1,0 +1,2 @@
+// Line: the straight segment.
+#pragma once

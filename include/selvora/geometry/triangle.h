@@ -1,0 +1,2 @@
+// Triangle: a planar facet of three vertices.
+#pragma once
