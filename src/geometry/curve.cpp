@@ -90,11 +90,12 @@ int Curve::SetEnd(double x, double y, double z) { return SetEnd(Point3d(x, y, z)
 
 namespace {
 
-// floor(length / step) as a 32-bit integer, truncating like a C cast; values
-// that do not fit (or NaN) become 0 rather than undefined behaviour.
+// floor(length / step) as a 32-bit integer, truncating like a C cast. Values
+// that do not fit, leaving room for the +1 of NSamples, and NaN become 0
+// rather than undefined behaviour.
 int WholeSteps(double length, double step) {
     const double k = std::floor(length / step);
-    return k >= -2147483648.0 && k <= 2147483647.0 ? static_cast<int>(k) : 0;
+    return k >= -2147483648.0 && k <= 2147483646.0 ? static_cast<int>(k) : 0;
 }
 
 }  // namespace
