@@ -90,12 +90,11 @@ int Curve::SetEnd(double x, double y, double z) { return SetEnd(Point3d(x, y, z)
 
 namespace {
 
-// floor(length / step) as a 32-bit integer, truncating like a C cast. Values
-// that do not fit, leaving room for the +1 of NSamples, and NaN become 0
-// rather than undefined behaviour.
+// floor(length / step) as a 32-bit integer, truncating like a C cast; values
+// that do not fit, and NaN, become 0 rather than undefined behaviour.
 int WholeSteps(double length, double step) {
     const double k = std::floor(length / step);
-    return k >= -2147483648.0 && k <= 2147483646.0 ? static_cast<int>(k) : 0;
+    return k >= -2147483648.0 && k <= 2147483647.0 ? static_cast<int>(k) : 0;
 }
 
 }  // namespace
@@ -114,10 +113,12 @@ double Curve::Delta(const int& n) {
 }
 
 int Curve::NSamples(const double& step) {
-    int count = 0;
-    if (step != 0.0) count = WholeSteps(GetLength(), step) + 1;
+    long long count = 0;
+    if (step != 0.0) count = WholeSteps(GetLength(), step) + 1LL;
     const double e = Epsilon(step);
-    return step * 0.5 > e ? count : count + 2;
+    const long long samples = step * 0.5 > e ? count : count + 2;
+    // A count no int can hold cannot be sampled: 0, as for no samples at all.
+    return samples <= 2147483647LL ? static_cast<int>(samples) : 0;
 }
 
 Point3d Curve::ClosestPtOnCurve(Point3d&) { return Point3d(0.0, 0.0, 0.0); }

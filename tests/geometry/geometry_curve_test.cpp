@@ -1028,12 +1028,12 @@ TEST(ImplicitCurve, NewLineFromTwoPointsHasNoFunctionHandle) {
     m->~Line();
 }
 
-// A step count that cannot be represented together with its +1 is taken as no
-// whole step at all, so nothing overflows: count 1, leftover L * 0.5, hence +2.
-TEST(Curve, NSamplesOfAnUnrepresentableStepCountDoesNotOverflow) {
-    LengthCurve c(2147483647.0);
-    EXPECT_EQ(3, c.NSamples(1.0));
-    EXPECT_SAME_DOUBLE(1073741823.5, c.Epsilon(1.0));
-    LengthCurve fits(2147483646.0);
-    EXPECT_EQ(2147483647, fits.NSamples(1.0));  // k = 2147483646, leftover 0 < 0.5
+// A sample count that no int can hold is refused with 0 instead of
+// overflowing; one below that limit still comes out exactly.
+TEST(Curve, NSamplesBeyondTheIntRangeIsZero) {
+    LengthCurve c(2147483647.0);  // k = 2147483647, count 2147483648
+    EXPECT_EQ(0, c.NSamples(1.0));
+    EXPECT_SAME_DOUBLE(0.0, c.Epsilon(1.0));
+    LengthCurve fits(2147483646.0);  // k = 2147483646, leftover 0 < 0.5
+    EXPECT_EQ(2147483647, fits.NSamples(1.0));
 }
