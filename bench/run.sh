@@ -16,16 +16,16 @@ repetitions="${BENCH_REPETITIONS:-10}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release \
     -DSELVORA_BUILD_BENCHMARKS=ON -DSELVORA_BUILD_TESTS=OFF >/dev/null
-cmake --build "$build" -j2 --target array_bench matrix_bench
+cmake --build "$build" -j2 --target array_bench matrix_bench geometry_bench
 
-for program in array_bench matrix_bench; do
+for program in array_bench matrix_bench geometry_bench; do
     echo
     "$build/bench/$program" \
         --benchmark_repetitions="$repetitions" \
         --benchmark_out="$build/$program.json" --benchmark_out_format=json "$@"
 done
 
-python3 - "$build/array_bench.json" "$build/matrix_bench.json" <<'PY'
+python3 - "$build/array_bench.json" "$build/matrix_bench.json" "$build/geometry_bench.json" <<'PY'
 import json
 import sys
 
@@ -52,6 +52,10 @@ RATIOS = [
     ("BM_Matrix3d_TimesPoint3d/real_time", "BM_Eigen_Matrix4d_TimesVector4d/real_time", 1.2),
     ("BM_Matrix3d_TimesMatrix3d/real_time", "BM_Eigen_Matrix4d_TimesMatrix4d/real_time", 1.2),
     ("BM_Matrix3d_Inverse/real_time", "BM_Eigen_Matrix4d_Inverse/real_time", None),
+    ("BM_Line_PointSampleByStep/real_time", "BM_Line_HandLoopByStep/real_time", 1.2),
+    ("BM_Line_PointSampleByStepWarm/real_time", "BM_Line_HandLoopByStepWarm/real_time", 1.2),
+    ("BM_Line_PointSampleByStep/real_time", "BM_Line_HandLoopByStepZeroed/real_time", None),
+    ("BM_ArcPointSample/real_time", "BM_ArcHandLoop/real_time", 1.2),
 ]
 
 def short(name):

@@ -86,6 +86,27 @@ void OvPodArray<T>::SetSize(int newSize, int growBy) {
 }
 
 template <class T>
+T* OvPodArray<T>::SetSizeForOverwrite(int newSize) {
+    if (newSize < 0) return nullptr;
+    if (newSize <= this->m_nMaxSize) {
+        SetSize(newSize, -1);  // no allocation: clearing at most the cut-off part
+        return this->m_pData;
+    }
+    // Allocate without clearing the slots the caller is about to write; the
+    // spare slots past newSize are cleared as SetSize would leave them.
+    const int capacity = this->m_pData ? this->GrownCapacity(newSize) : newSize;
+    if (capacity < 0) return nullptr;
+    void* block =
+        std::realloc(static_cast<void*>(this->m_pData), static_cast<size_t>(capacity) * sizeof(T));
+    if (!block) return nullptr;
+    this->m_pData = static_cast<T*>(block);
+    this->m_nMaxSize = capacity;
+    this->m_nSize = newSize;
+    ZeroElements(this->m_pData + newSize, capacity - newSize);
+    return this->m_pData;
+}
+
+template <class T>
 void OvPodArray<T>::SetAtGrow(int i, const T& v) {
     if (i < 0) return;
     const T value = v;  // v may live in this array's block

@@ -52,10 +52,10 @@ bool CircleFrame::SameCircle(const CircleFrame& other) const {
 
 void CircleFrame::Sample(double start, double step, int count, OvPnt3dArray& points) const {
     const Matrix3d m = GetTransformation();
-    // One allocation for all the points; a refused one leaves the array empty.
-    points.SetSize(count);
-    if (points.GetSize() != count) return;
-    Point3d* out = points.GetData();
+    // One allocation for all the points, each written below; a refused one
+    // leaves the array empty.
+    Point3d* out = points.SetSizeForOverwrite(count);
+    if (!out) return;
     for (int i = 0; i < count; ++i) {
         const double t = start + static_cast<double>(i) * step;
         out[i] = m * Point3d(std::cos(t), std::sin(t), 0.0);

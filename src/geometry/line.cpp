@@ -243,11 +243,11 @@ int Line::operator==(Geometry& other) {
 void Line::PointSample(const double& step, OvPnt3dArray& out) {
     const int n = NSamples(step);
     if (n == 0) return;
-    out.SetSize(n, -1);
-    // A size the array refused (negative, or more than it can hold) leaves
+    // Every slot is written below, so the array need not clear them first. A
+    // size the array refuses (negative, or more than it can hold) leaves
     // nothing to write into.
-    if (out.GetSize() != n) return;
-    Point3d* pts = out.GetData();
+    Point3d* pts = out.SetSizeForOverwrite(n);
+    if (!pts) return;
     pts[0] = GetStart();
     pts[n - 1] = GetEnd();
     if (n <= 2) return;
@@ -276,9 +276,8 @@ void Line::PointSample(const double& step, OvPnt3dArray& out) {
 void Line::PointSample(const int& n, OvPnt3dArray& out) {
     const int count = n;
     if (count <= 0) return;
-    out.SetSize(count, -1);
-    if (out.GetSize() != count) return;
-    Point3d* pts = out.GetData();
+    Point3d* pts = out.SetSizeForOverwrite(count);  // every slot is written below
+    if (!pts) return;
     const Point3d s = GetStart();
     const double d = Delta(count);
     const Vector3d u = GetDirection();

@@ -774,3 +774,46 @@ TEST(OvVec3dArray, SetAtStoresTheVector) {
     EXPECT_EQ(0.25, v.y);
     EXPECT_EQ(0.125, v.z);
 }
+
+// SetSizeForOverwrite: the size and capacity rules of SetSize, old contents
+// kept, spare slots past the new size zero, and a refusal changes nothing.
+TEST(OvIntArray, SetSizeForOverwriteGrowsLikeSetSize) {
+    OvIntArray a;
+    int* block = a.SetSizeForOverwrite(3);
+    ASSERT_NE(nullptr, block);
+    EXPECT_EQ(block, a.GetData());
+    EXPECT_EQ(3, a.GetSize());
+    EXPECT_EQ(3, a.GetCapacity());  // a first block holds exactly the size
+    for (int i = 0; i < 3; ++i) block[i] = 10 + i;
+
+    block = a.SetSizeForOverwrite(4);  // grows by the automatic step of 4
+    ASSERT_NE(nullptr, block);
+    EXPECT_EQ(4, a.GetSize());
+    EXPECT_EQ(7, a.GetCapacity());
+    EXPECT_EQ(10, a.GetAt(0));
+    EXPECT_EQ(12, a.GetAt(2));
+    for (int i = 4; i < 7; ++i) EXPECT_EQ(0, a.GetAt(i)) << i;  // spare slots are zero
+}
+
+TEST(OvIntArray, SetSizeForOverwriteShrinksAndRefusesLikeSetSize) {
+    OvIntArray a;
+    for (int i = 0; i < 5; ++i) a.Add(i + 1);
+    const int* before = a.GetData();
+    EXPECT_EQ(before, a.SetSizeForOverwrite(2));
+    EXPECT_EQ(2, a.GetSize());
+    EXPECT_EQ(0, a.GetAt(2));  // cut-off elements are cleared
+    EXPECT_EQ(nullptr, a.SetSizeForOverwrite(-1));
+    EXPECT_EQ(2, a.GetSize());
+    EXPECT_EQ(2, a.GetAt(1));
+    EXPECT_EQ(nullptr, a.SetSizeForOverwrite(0));  // size 0 frees the block
+    EXPECT_EQ(nullptr, a.GetData());
+}
+
+TEST(OvPnt3dArray, SetSizeForOverwriteKeepsTheOldPoints) {
+    OvPnt3dArray a;
+    a.Add(Point3d(1, 2, 3));
+    Point3d* block = a.SetSizeForOverwrite(1000);
+    ASSERT_NE(nullptr, block);
+    EXPECT_EQ(1000, a.GetSize());
+    EXPECT_TRUE(a.GetAt(0) == Point3d(1, 2, 3));
+}

@@ -66,6 +66,11 @@ class SELVORA_API OvPodArray : public OvArrayLayout<T> {
     // Resizes to newSize; growBy -1 keeps the stored growth step. Elements
     // cut off are cleared; a negative size is refused.
     void SetSize(int newSize, int growBy = -1);
+    // Resizes like SetSize, but leaves the elements past the old size unset,
+    // for a caller that writes every one of them straight away (a sampler
+    // filling its output). Returns the block, or null when the array cannot
+    // hold newSize elements (then nothing changes).
+    T* SetSizeForOverwrite(int newSize);
     void RemoveAll() { SetSize(0, -1); }
 
     // Unchecked against the size: a slot of the block past the size reads as
