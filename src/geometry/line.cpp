@@ -240,6 +240,23 @@ int Line::operator==(Geometry& other) {
 
 // ---- Sampling ----
 
+namespace {
+
+// Writes pts[from] .. pts[to - 1] starting at (px, py, pz) and stepping by w,
+// with the same additions as Point3d += Vector3d but no call per sample.
+void WalkAlong(Point3d* pts, int from, int to, double px, double py, double pz, const Vector3d& w) {
+    for (int i = from; i < to; ++i) {
+        pts[i].x = px;
+        pts[i].y = py;
+        pts[i].z = pz;
+        px += w.x;
+        py += w.y;
+        pz += w.z;
+    }
+}
+
+}  // namespace
+
 void Line::PointSample(const double& step, OvPnt3dArray& out) {
     const int n = NSamples(step);
     if (n == 0) return;
@@ -258,19 +275,7 @@ void Line::PointSample(const double& step, OvPnt3dArray& out) {
     double first = e;
     if (step * 0.5 > e) first = GetHalfLength() - (n - 3) * 0.5 * step;
     const Point3d s = pts[0];
-    double px = s.x + u.x * first;
-    double py = s.y + u.y * first;
-    double pz = s.z + u.z * first;
-    // Plain doubles in the loop: the same additions as Point3d += Vector3d,
-    // without a call per sample.
-    for (int i = 1; i < n - 1; ++i) {
-        pts[i].x = px;
-        pts[i].y = py;
-        pts[i].z = pz;
-        px += w.x;
-        py += w.y;
-        pz += w.z;
-    }
+    WalkAlong(pts, 1, n - 1, s.x + u.x * first, s.y + u.y * first, s.z + u.z * first, w);
 }
 
 void Line::PointSample(const int& n, OvPnt3dArray& out) {
@@ -282,19 +287,11 @@ void Line::PointSample(const int& n, OvPnt3dArray& out) {
     const double d = Delta(count);
     const Vector3d u = GetDirection();
     const Vector3d w = Vector3d(u) * d;
-    double px = s.x, py = s.y, pz = s.z;
     if (count == 1) {
         // A single sample lands a quarter of the length from the start.
-        pts[0] = Point3d(px + w.x / 2.0, py + w.y / 2.0, pz + w.z / 2.0);
+        pts[0] = Point3d(s.x + w.x / 2.0, s.y + w.y / 2.0, s.z + w.z / 2.0);
         return;
     }
     // The last sample is reached by accumulation, not copied from the end.
-    for (int i = 0; i < count; ++i) {
-        pts[i].x = px;
-        pts[i].y = py;
-        pts[i].z = pz;
-        px += w.x;
-        py += w.y;
-        pz += w.z;
-    }
+    WalkAlong(pts, 0, count, s.x, s.y, s.z, w);
 }

@@ -26,6 +26,8 @@
 
 namespace {
 
+using selvora_test::FromBits;
+
 using selvora_test::Bits;
 
 constexpr double kTwoPiF = 6.2831854820251465;
@@ -689,12 +691,6 @@ std::vector<unsigned char> ReadAll(FILE* f) {
     while ((c = std::fgetc(f)) != EOF) bytes.push_back(static_cast<unsigned char>(c));
     std::rewind(f);
     return bytes;
-}
-
-double FromBits(std::uint64_t u) {
-    double d;
-    std::memcpy(&d, &u, sizeof d);
-    return d;
 }
 
 TEST(GArcRecord, GoldenBytes) {

@@ -20,26 +20,18 @@
 
 #include "selvora/selvora.h"
 #include "support/exact.h"
+#include "support/streams.h"
 
 namespace {
 
+using selvora_test::ExpectPoint;
+using selvora_test::ExpectSamePoint;
+using selvora_test::ExpectVector;
+using selvora_test::FromBits;
+using selvora_test::StreamBytes;
+using selvora_test::StreamOf;
+
 using selvora_test::Bits;
-
-void ExpectPoint(const Point3d& p, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, p.x);
-    EXPECT_SAME_DOUBLE(y, p.y);
-    EXPECT_SAME_DOUBLE(z, p.z);
-}
-
-void ExpectSamePoint(const Point3d& expected, const Point3d& actual) {
-    ExpectPoint(actual, expected.x, expected.y, expected.z);
-}
-
-void ExpectVector(const Vector3d& v, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, v.x);
-    EXPECT_SAME_DOUBLE(y, v.y);
-    EXPECT_SAME_DOUBLE(z, v.z);
-}
 
 // Every field of a curve: points bit for bit, the three attributes exactly.
 void ExpectCurveFields(Curve& c, const Point3d& s, const Point3d& e, int symmetry, int extent,
@@ -49,28 +41,6 @@ void ExpectCurveFields(Curve& c, const Point3d& s, const Point3d& e, int symmetr
     EXPECT_EQ(symmetry, static_cast<int>(c.GetSymmetry()));
     EXPECT_EQ(extent, static_cast<int>(c.GetExtent()));
     EXPECT_EQ(periodic, c.IsPeriodic());
-}
-
-double FromBits(std::uint64_t u) {
-    double d;
-    std::memcpy(&d, &u, sizeof d);
-    return d;
-}
-
-std::vector<unsigned char> StreamBytes(FILE* f) {
-    std::fflush(f);
-    std::rewind(f);
-    std::vector<unsigned char> bytes;
-    int c;
-    while ((c = std::fgetc(f)) != EOF) bytes.push_back(static_cast<unsigned char>(c));
-    return bytes;
-}
-
-FILE* StreamOf(const std::vector<unsigned char>& bytes) {
-    FILE* f = std::tmpfile();
-    if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), f);
-    std::rewind(f);
-    return f;
 }
 
 // Raw storage filled with a non-zero pattern, so that a field a constructor

@@ -17,11 +17,7 @@
 
 namespace {
 
-void ExpectPoint(const Point3d& p, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, p.x);
-    EXPECT_SAME_DOUBLE(y, p.y);
-    EXPECT_SAME_DOUBLE(z, p.z);
-}
+using selvora_test::ExpectPoint;
 
 Line MakeLine(double sx, double sy, double sz, double ex, double ey, double ez) {
     Point3d s(sx, sy, sz), e(ex, ey, ez);

@@ -18,26 +18,17 @@
 
 #include "selvora/selvora.h"
 #include "support/exact.h"
+#include "support/streams.h"
 
 namespace {
 
+using selvora_test::ExpectPoint;
+using selvora_test::ExpectSamePoint;
+using selvora_test::ExpectVector;
+using selvora_test::StreamBytes;
+using selvora_test::StreamOf;
+
 using selvora_test::Bits;
-
-void ExpectPoint(const Point3d& p, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, p.x);
-    EXPECT_SAME_DOUBLE(y, p.y);
-    EXPECT_SAME_DOUBLE(z, p.z);
-}
-
-void ExpectVector(const Vector3d& v, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, v.x);
-    EXPECT_SAME_DOUBLE(y, v.y);
-    EXPECT_SAME_DOUBLE(z, v.z);
-}
-
-void ExpectSamePoint(const Point3d& expected, const Point3d& actual) {
-    ExpectPoint(actual, expected.x, expected.y, expected.z);
-}
 
 void ExpectEnds(const Line& l, const Point3d& s, const Point3d& e) {
     {
@@ -80,26 +71,6 @@ class ShiftedEndsLine : public Line {
     Point3d GetStart() const override { return Point3d(-1.0, -2.0, -3.0); }
     Point3d GetEnd() const override { return Point3d(5.0, 6.0, 7.0); }
 };
-
-// The whole content of a stream, read from its start.
-std::vector<unsigned char> StreamBytes(FILE* f) {
-    std::fflush(f);
-    std::rewind(f);
-    std::vector<unsigned char> bytes;
-    int c;
-    while ((c = std::fgetc(f)) != EOF) bytes.push_back(static_cast<unsigned char>(c));
-    return bytes;
-}
-
-// A fresh temporary stream holding exactly these bytes, positioned at its start.
-FILE* StreamOf(const unsigned char* bytes, size_t n) {
-    FILE* f = std::tmpfile();
-    if (!f) return nullptr;
-    if (n) std::fwrite(bytes, 1, n, f);
-    std::fflush(f);
-    std::rewind(f);
-    return f;
-}
 
 // The 48 record bytes expected for these six doubles.
 std::vector<unsigned char> RecordOf(const double (&v)[6]) {

@@ -16,16 +16,16 @@
 
 #include "selvora/selvora.h"
 #include "support/exact.h"
+#include "support/streams.h"
 
 namespace {
 
-using selvora_test::Bits;
+using selvora_test::DoubleAt;
+using selvora_test::FromBits;
+using selvora_test::StreamBytes;
+using selvora_test::StreamOf;
 
-double FromBits(std::uint64_t u) {
-    double d;
-    std::memcpy(&d, &u, sizeof d);
-    return d;
-}
+using selvora_test::Bits;
 
 // The low n bytes of the record's double over the high bytes of the old one.
 double Mixed(double old, double record, int n) {
@@ -43,28 +43,6 @@ void ExpectXyz(const P& p, double x, double y, double z) {
 template <class P>
 void ExpectSameXyz(const P& expected, const P& actual) {
     ExpectXyz(actual, expected.x, expected.y, expected.z);
-}
-
-std::vector<unsigned char> StreamBytes(FILE* f) {
-    std::fflush(f);
-    std::rewind(f);
-    std::vector<unsigned char> bytes;
-    int c;
-    while ((c = std::fgetc(f)) != EOF) bytes.push_back(static_cast<unsigned char>(c));
-    return bytes;
-}
-
-FILE* StreamOf(const std::vector<unsigned char>& bytes, std::size_t n) {
-    FILE* f = std::tmpfile();
-    if (n > 0) std::fwrite(bytes.data(), 1, n, f);
-    std::rewind(f);
-    return f;
-}
-
-double DoubleAt(const std::vector<unsigned char>& bytes, std::size_t offset) {
-    double d;
-    std::memcpy(&d, bytes.data() + offset, sizeof d);
-    return d;
 }
 
 std::int32_t IntAt(const std::vector<unsigned char>& bytes, std::size_t offset) {

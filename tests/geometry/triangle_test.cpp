@@ -18,55 +18,23 @@
 
 #include "selvora/selvora.h"
 #include "support/exact.h"
+#include "support/streams.h"
 
 namespace {
 
+using selvora_test::DoubleAt;
+using selvora_test::ExpectPoint;
+using selvora_test::ExpectSamePoint;
+using selvora_test::FromBits;
+using selvora_test::StreamBytes;
+using selvora_test::StreamOf;
+
 using selvora_test::Bits;
-
-void ExpectPoint(const Point3d& p, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, p.x);
-    EXPECT_SAME_DOUBLE(y, p.y);
-    EXPECT_SAME_DOUBLE(z, p.z);
-}
-
-void ExpectSamePoint(const Point3d& expected, const Point3d& actual) {
-    ExpectPoint(actual, expected.x, expected.y, expected.z);
-}
 
 void ExpectVertices(const Triangle& t, const Point3d& a, const Point3d& b, const Point3d& c) {
     ExpectSamePoint(a, t.GetPointN(0));
     ExpectSamePoint(b, t.GetPointN(1));
     ExpectSamePoint(c, t.GetPointN(2));
-}
-
-double FromBits(std::uint64_t u) {
-    double d;
-    std::memcpy(&d, &u, sizeof d);
-    return d;
-}
-
-// The whole content of a stream, read from its start.
-std::vector<unsigned char> StreamBytes(FILE* f) {
-    std::fflush(f);
-    std::rewind(f);
-    std::vector<unsigned char> bytes;
-    int c;
-    while ((c = std::fgetc(f)) != EOF) bytes.push_back(static_cast<unsigned char>(c));
-    return bytes;
-}
-
-// A fresh temporary stream holding exactly these bytes, positioned at its start.
-FILE* StreamOf(const std::vector<unsigned char>& bytes) {
-    FILE* f = std::tmpfile();
-    if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), f);
-    std::rewind(f);
-    return f;
-}
-
-double DoubleAt(const std::vector<unsigned char>& bytes, std::size_t offset) {
-    double d;
-    std::memcpy(&d, bytes.data() + offset, sizeof d);
-    return d;
 }
 
 const Point3d kA(0.1, 0.2, 0.3);

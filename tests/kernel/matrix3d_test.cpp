@@ -24,6 +24,9 @@
 
 namespace {
 
+using selvora_test::ExpectPoint;
+using selvora_test::ExpectVector;
+
 constexpr double kHalfPi = 1.5707963267948966;
 
 using selvora_test::Bits;
@@ -61,18 +64,6 @@ using selvora_test::Bits;
 }
 
 #define EXPECT_SAME_MATRIX(a, b) EXPECT_PRED_FORMAT2(SameMatrix, a, b)
-
-void ExpectPoint(const Point3d& p, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, p.x);
-    EXPECT_SAME_DOUBLE(y, p.y);
-    EXPECT_SAME_DOUBLE(z, p.z);
-}
-
-void ExpectVector(const Vector3d& v, double x, double y, double z) {
-    EXPECT_SAME_DOUBLE(x, v.x);
-    EXPECT_SAME_DOUBLE(y, v.y);
-    EXPECT_SAME_DOUBLE(z, v.z);
-}
 
 const double kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
