@@ -37,6 +37,17 @@ int main() {
 
     check(OvColor() == OvColor(1.0f, 1.0f, 1.0f), "colour");
 
+    Point3d from(0, 0, 0), to(4, 0, 0);
+    Line line(from, to);
+    OvPnt3dArray samples;
+    line.PointSample(1, samples);  // one sample, a quarter of the way along
+    check(line.isA("GLine") && samples.GetSize() == 1 && samples.GetAt(0) == Point3d(1, 0, 0),
+          "line");
+    GArc arc;
+    Geometry* copy = arc.copy();
+    check(copy && copy->isA("GArc"), "arc copy");
+    delete copy;
+
     std::printf("consumer: %s\n", failures == 0 ? "ok" : "FAILED");
     return failures == 0 ? 0 : 1;
 }
