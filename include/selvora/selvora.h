@@ -15,3 +15,4 @@
 #include "selvora/geometry/triangle.h"
 #include "selvora/kernel/matrix3d.h"
 #include "selvora/kernel/point3d.h"
+#include "selvora/tessellation/tessellation.h"

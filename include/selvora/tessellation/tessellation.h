@@ -1,0 +1,26 @@
+// Constrained Delaunay triangulation of a planar straight-line graph through
+// four process-wide buffers that the library owns.
+#pragma once
+
+#include "selvora/export.h"
+
+// What the buffers hold. Counts above these are refused.
+constexpr int OV_TESSELLATION_MAX_POINTS = 65536;     // x, y doubles
+constexpr int OV_TESSELLATION_MAX_SEGMENTS = 65536;   // two vertex indices each
+constexpr int OV_TESSELLATION_MAX_TRIANGLES = 65536;  // three vertex indices each
+constexpr int OV_TESSELLATION_MAX_HOLES = 3000;       // x, y of a seed inside each hole
+
+// Stores the addresses of the four buffers. They exist from library load to
+// unload and keep their addresses.
+SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int** triangles,
+                                          double** holes);
+
+// Triangulates the first numPoints points, numSegments segments and numHoles
+// hole seeds written into the buffers, with segments as constraints and holes
+// carved out. Returns the number of triangles whose zero-based corner indices
+// (counter-clockwise) now stand in the triangles buffer; 0 when the counts are
+// negative or above the capacities, or when the result would not fit.
+// Fewer than 3 points, running out of memory, or an internal error of the
+// triangulator reports on stderr and ends the process with status 1.
+// Calls are serialised, but the buffers are shared by the whole process.
+SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
