@@ -1,6 +1,5 @@
 #include "module/module.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "selvora/foundation/ov_string.h"
@@ -49,10 +48,5 @@ Module g_module;
 OvString& FormatBuffer() { return g_module.formatBuffer; }
 
 const TessellationBuffers& Buffers() { return g_module.app.buffers; }
-
-void ShowMessageBox(const char* text) {
-    std::fprintf(stderr, "%s\n", text);
-    std::fflush(stderr);
-}
 
 }  // namespace selvora

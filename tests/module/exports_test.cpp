@@ -45,9 +45,20 @@ TEST_F(Exports, InlineHotPathsAreExportedToo) {
     EXPECT_TRUE(Has("_Zml8Matrix3d8Vector3d"));
 }
 
+TEST_F(Exports, TessellationAndTheTriangulatorHooksAreExported) {
+    EXPECT_TRUE(Has("_Z24OV_getTessellationBufferPPdPPiS2_S0_"));
+    EXPECT_TRUE(Has("_Z17OV_doTessellationiii"));
+    // Plain C names, so that the triangulator's own calls bind to them.
+    EXPECT_TRUE(Has("triexit"));
+    EXPECT_TRUE(Has("internalerror"));
+    EXPECT_TRUE(Has("trimalloc"));
+}
+
 TEST_F(Exports, InternalsAreHidden) {
     EXPECT_FALSE(Has("_ZN7selvora12FormatBufferEv"));
     EXPECT_FALSE(Has("_ZN7selvora8_stricmpEPKcS1_"));
+    EXPECT_FALSE(Has("_ZN7selvora7BuffersEv"));
+    EXPECT_FALSE(Has("_ZN7selvora14ShowMessageBoxEPKc"));
 }
 
 }  // namespace

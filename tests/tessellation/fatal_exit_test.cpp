@@ -1,0 +1,65 @@
+// The triangulator's fatal conditions end the process: the message box text,
+// UTF-8, as one line on stderr, and exit status 1.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cstdio>
+
+#include "selvora/selvora.h"
+
+namespace {
+
+// A triangle's three corners, with one segment per side.
+void WriteTriangle(double* points, int* segments) {
+    const double xy[] = {0, 0, 1, 0, 0, 1};
+    for (int i = 0; i < 6; ++i) points[i] = xy[i];
+    const int ends[] = {0, 1, 1, 2, 2, 0};
+    for (int i = 0; i < 6; ++i) segments[i] = ends[i];
+}
+
+TEST(TessellationDeathTest, FewerThanThreeVerticesExits) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    double *points, *holes;
+    int *segments, *triangles;
+    OV_getTessellationBuffer(&points, &segments, &triangles, &holes);
+    WriteTriangle(points, segments);
+    EXPECT_EXIT(OV_doTessellation(2, 0, 0), ::testing::ExitedWithCode(1), "^错误: 顶点数小于3\n$");
+    EXPECT_EXIT(OV_doTessellation(0, 0, 0), ::testing::ExitedWithCode(1), "^错误: 顶点数小于3\n$");
+    EXPECT_EXIT(OV_doTessellation(-5, 0, 0), ::testing::ExitedWithCode(1), "^错误: 顶点数小于3\n$");
+}
+
+// Caps the address space a little above what the process uses now, so that
+// the triangulator's first large allocations fail.
+void CapAddressSpace() {
+    long pages = 0;
+    FILE* statm = std::fopen("/proc/self/statm", "r");
+    if (!statm || std::fscanf(statm, "%ld", &pages) != 1) std::abort();
+    std::fclose(statm);
+    const rlim_t limit = static_cast<rlim_t>(pages) * 4096 + (1u << 20);
+    const rlimit cap{limit, limit};
+    if (setrlimit(RLIMIT_AS, &cap) != 0) std::abort();
+}
+
+TEST(TessellationDeathTest, OutOfMemoryInsideTheTriangulatorExits) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the address sanitizer needs more address space than the cap leaves";
+#else
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    double *points, *holes;
+    int *segments, *triangles;
+    OV_getTessellationBuffer(&points, &segments, &triangles, &holes);
+    const int n = 30000;  // a grid: the triangulator's pools need megabytes
+    for (int i = 0; i < n; ++i) {
+        points[2 * i] = i % 200;
+        points[2 * i + 1] = i / 200 + (i % 7) * 0.01;
+    }
+    EXPECT_EXIT(
+        {
+            CapAddressSpace();
+            OV_doTessellation(n, 0, 0);
+        },
+        ::testing::ExitedWithCode(1), "^错误:  内存不足\n$");
+#endif
+}
+
+}  // namespace
