@@ -137,11 +137,40 @@ void Arc() {
     std::printf("  %-34s %ld bytes; loaded copy equal: %d\n", "saved record", bytes, loaded == arc);
 }
 
+// A triangulation end to end: an outer square with a square hole, written
+// into the library's buffers and triangulated with the segments as constraints.
+void Triangulation() {
+    std::printf("\nTessellation: a square with a square hole\n");
+    double *points, *holes;
+    int *segments, *triangles;
+    OV_getTessellationBuffer(&points, &segments, &triangles, &holes);
+    const double corners[] = {0, 0, 10, 0, 10, 10, 0, 10, 3, 3, 7, 3, 7, 7, 3, 7};
+    for (int i = 0; i < 16; ++i) points[i] = corners[i];
+    for (int ring = 0; ring < 2; ++ring) {  // each square's four sides, in order
+        for (int side = 0; side < 4; ++side) {
+            segments[2 * (4 * ring + side)] = 4 * ring + side;
+            segments[2 * (4 * ring + side) + 1] = 4 * ring + (side + 1) % 4;
+        }
+    }
+    holes[0] = 5.0;  // a seed inside the inner square
+    holes[1] = 5.0;
+    const int count = OV_doTessellation(8, 8, 1);
+    std::printf("  %-34s %d triangles (corner indices, counter-clockwise)\n",
+                "8 points, 8 segments, 1 hole", count);
+    for (int k = 0; k < count; ++k) {
+        const int* t = triangles + 3 * k;
+        std::printf("    %d: %d %d %d   (%g,%g) (%g,%g) (%g,%g)\n", k, t[0], t[1], t[2],
+                    points[2 * t[0]], points[2 * t[0] + 1], points[2 * t[1]], points[2 * t[1] + 1],
+                    points[2 * t[2]], points[2 * t[2] + 1]);
+    }
+}
+
 }  // namespace
 
 int main() {
     Kernel();
     Foundation();
     Arc();
+    Triangulation();
     return 0;
 }
