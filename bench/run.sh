@@ -16,16 +16,18 @@ repetitions="${BENCH_REPETITIONS:-10}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release \
     -DSELVORA_BUILD_BENCHMARKS=ON -DSELVORA_BUILD_TESTS=OFF >/dev/null
-cmake --build "$build" -j2 --target array_bench matrix_bench geometry_bench
+cmake --build "$build" -j2 --target array_bench matrix_bench geometry_bench \
+    tessellation_bench
 
-for program in array_bench matrix_bench geometry_bench; do
+for program in array_bench matrix_bench geometry_bench tessellation_bench; do
     echo
     "$build/bench/$program" \
         --benchmark_repetitions="$repetitions" \
         --benchmark_out="$build/$program.json" --benchmark_out_format=json "$@"
 done
 
-python3 - "$build/array_bench.json" "$build/matrix_bench.json" "$build/geometry_bench.json" <<'PY'
+python3 - "$build/array_bench.json" "$build/matrix_bench.json" "$build/geometry_bench.json" \
+    "$build/tessellation_bench.json" <<'PY'
 import json
 import sys
 
@@ -56,6 +58,7 @@ RATIOS = [
     ("BM_Line_PointSampleByStepWarm/real_time", "BM_Line_HandLoopByStepWarm/real_time", 1.2),
     ("BM_Line_PointSampleByStep/real_time", "BM_Line_HandLoopByStepZeroed/real_time", None),
     ("BM_ArcPointSample/real_time", "BM_ArcHandLoop/real_time", 1.2),
+    ("BM_OvDoTessellation/real_time", "BM_TriangulateDirect/real_time", 1.05),
 ]
 
 def short(name):

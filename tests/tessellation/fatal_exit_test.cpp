@@ -28,6 +28,7 @@ TEST(TessellationDeathTest, FewerThanThreeVerticesExits) {
     EXPECT_EXIT(OV_doTessellation(-5, 0, 0), ::testing::ExitedWithCode(1), "^错误: 顶点数小于3\n$");
 }
 
+#if !defined(__SANITIZE_ADDRESS__)
 // Caps the address space a little above what the process uses now, so that
 // the triangulator's first large allocations fail.
 void CapAddressSpace() {
@@ -39,6 +40,7 @@ void CapAddressSpace() {
     const rlimit cap{limit, limit};
     if (setrlimit(RLIMIT_AS, &cap) != 0) std::abort();
 }
+#endif
 
 TEST(TessellationDeathTest, OutOfMemoryInsideTheTriangulatorExits) {
 #if defined(__SANITIZE_ADDRESS__)

@@ -18,9 +18,10 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 // Triangulates the first numPoints points, numSegments segments and numHoles
 // hole seeds written into the buffers, with segments as constraints and holes
 // carved out. Returns the number of triangles whose zero-based corner indices
-// (counter-clockwise) now stand in the triangles buffer; 0 when the counts are
-// negative or above the capacities, or when the result would not fit.
-// Fewer than 3 points, running out of memory, or an internal error of the
-// triangulator reports on stderr and ends the process with status 1.
+// (counter-clockwise) now stand in the triangles buffer; 0 when a count is
+// above its capacity, a segment or hole count is negative, or the result
+// would not fit. Fewer than 3 points (a negative count included), running out
+// of memory, or an internal error of the triangulator reports on stderr and
+// ends the process with status 1.
 // Calls are serialised, but the buffers are shared by the whole process.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);

@@ -1,0 +1,142 @@
+// OV_doTessellation against a direct call of the triangulator with the same
+// input and switches: what the library adds is the count checks, the lock and
+// copying the result into the shared triangles buffer.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "selvora/tessellation/tessellation.h"
+
+#define ANSI_DECLARATORS
+#define REAL double
+#define VOID void
+#include <triangle.h>
+
+namespace {
+
+// 50,000 vertices: the square [0, 1000]^2 as a loop of segments, four square
+// holes of side 350 (each a loop with a seed at its centre) and random points
+// all over the square. About half of the points fall inside the holes, so the
+// triangles left fit the library's triangles buffer.
+struct Input {
+    std::vector<double> points;
+    std::vector<int> segments;
+    std::vector<double> holes;
+
+    int Points() const { return static_cast<int>(points.size() / 2); }
+    int Segments() const { return static_cast<int>(segments.size() / 2); }
+    int Holes() const { return static_cast<int>(holes.size() / 2); }
+
+    void AddSquare(double x0, double y0, double side) {
+        const int first = Points();
+        const double xs[4] = {x0, x0 + side, x0 + side, x0};
+        const double ys[4] = {y0, y0, y0 + side, y0 + side};
+        for (int k = 0; k < 4; ++k) {
+            points.push_back(xs[k]);
+            points.push_back(ys[k]);
+            segments.push_back(first + k);
+            segments.push_back(first + (k + 1) % 4);
+        }
+    }
+};
+
+const Input& TheInput() {
+    static const Input input = [] {
+        Input in;
+        in.AddSquare(0, 0, 1000);
+        for (double x0 : {100.0, 550.0}) {
+            for (double y0 : {100.0, 550.0}) {
+                in.AddSquare(x0, y0, 350);
+                in.holes.push_back(x0 + 175);
+                in.holes.push_back(y0 + 175);
+            }
+        }
+        std::mt19937 rng(2024);
+        std::uniform_real_distribution<double> coordinate(1, 999);
+        while (in.Points() < 50000) {
+            in.points.push_back(coordinate(rng));
+            in.points.push_back(coordinate(rng));
+        }
+        return in;
+    }();
+    return input;
+}
+
+// The triangulator called directly the way the library calls it: it
+// allocates the output list, which is freed afterwards.
+int TriangulateDirectly(const Input& input) {
+    triangulateio in{};
+    in.pointlist = const_cast<double*>(input.points.data());  // read only
+    in.numberofpoints = input.Points();
+    in.segmentlist = const_cast<int*>(input.segments.data());
+    in.numberofsegments = input.Segments();
+    in.holelist = input.Holes() > 0 ? const_cast<double*>(input.holes.data()) : nullptr;
+    in.numberofholes = input.Holes();
+    triangulateio out{};
+    char switches[] = "pzNPBQ";
+    triangulate(switches, &in, &out, nullptr);
+    const int count = out.numberoftriangles;
+    trifree(out.trianglelist);
+    trifree(out.triangleattributelist);
+    trifree(out.neighborlist);
+    trifree(out.pointlist);
+    trifree(out.pointmarkerlist);
+    trifree(out.segmentlist);
+    trifree(out.segmentmarkerlist);
+    trifree(out.edgelist);
+    trifree(out.edgemarkerlist);
+    return count;
+}
+
+void WriteToBuffers(const Input& input) {
+    double* points = nullptr;
+    int* segments = nullptr;
+    double* holes = nullptr;
+    OV_getTessellationBuffer(&points, &segments, nullptr, &holes);
+    std::copy(input.points.begin(), input.points.end(), points);
+    std::copy(input.segments.begin(), input.segments.end(), segments);
+    std::copy(input.holes.begin(), input.holes.end(), holes);
+}
+
+// Both ways must give the same, non-zero number of triangles before either
+// is timed.
+bool SameCounts(benchmark::State& state) {
+    const Input& input = TheInput();
+    WriteToBuffers(input);
+    const int library = OV_doTessellation(input.Points(), input.Segments(), input.Holes());
+    const int direct = TriangulateDirectly(input);
+    if (library <= 0 || library != direct) {
+        state.SkipWithError("the library and the direct call disagree on the triangle count");
+        return false;
+    }
+    state.counters["triangles"] = library;
+    return true;
+}
+
+void BM_OvDoTessellation(benchmark::State& state) {
+    if (!SameCounts(state)) return;
+    const Input& input = TheInput();
+    WriteToBuffers(input);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            OV_doTessellation(input.Points(), input.Segments(), input.Holes()));
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(BM_OvDoTessellation)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_TriangulateDirect(benchmark::State& state) {
+    if (!SameCounts(state)) return;
+    const Input& input = TheInput();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(TriangulateDirectly(input));
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(BM_TriangulateDirect)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,819 @@
+// The tessellation interface: the four shared buffers, the triangulation of
+// small shapes whose result follows from geometry, the capacities, agreement
+// with the `triangle` program (Debian package triangle-bin) run on the same
+// input, and calls made from two threads at once.
+#include "selvora/tessellation/tessellation.h"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+
+// Three vertex indices of one output triangle, in output order.
+using Corners = std::array<int, 3>;
+
+// A planar straight-line graph as a client writes it into the buffers.
+struct Pslg {
+    std::vector<double> xy;         // x, y of each vertex
+    std::vector<int> segments;      // two vertex indices each
+    std::vector<double> holeSeeds;  // x, y of a point inside each hole
+
+    int Points() const { return static_cast<int>(xy.size() / 2); }
+    int Segments() const { return static_cast<int>(segments.size() / 2); }
+    int Holes() const { return static_cast<int>(holeSeeds.size() / 2); }
+    double X(int i) const { return xy[2 * static_cast<size_t>(i)]; }
+    double Y(int i) const { return xy[2 * static_cast<size_t>(i) + 1]; }
+
+    int AddPoint(double x, double y) {
+        xy.push_back(x);
+        xy.push_back(y);
+        return Points() - 1;
+    }
+    void AddSegment(int a, int b) {
+        segments.push_back(a);
+        segments.push_back(b);
+    }
+    // Segments joining `count` consecutive vertices from `first` into a loop.
+    void AddLoop(int first, int count) {
+        for (int k = 0; k < count; ++k) AddSegment(first + k, first + (k + 1) % count);
+    }
+    // An axis-parallel rectangle as a loop of four vertices, counter-clockwise.
+    void AddRectangle(double x0, double y0, double x1, double y1) {
+        const int first = AddPoint(x0, y0);
+        AddPoint(x1, y0);
+        AddPoint(x1, y1);
+        AddPoint(x0, y1);
+        AddLoop(first, 4);
+    }
+    void AddHole(double x, double y) {
+        holeSeeds.push_back(x);
+        holeSeeds.push_back(y);
+    }
+};
+
+struct Buffers {
+    double* points = nullptr;
+    int* segments = nullptr;
+    int* triangles = nullptr;
+    double* holes = nullptr;
+};
+
+Buffers GetBuffers() {
+    Buffers b;
+    OV_getTessellationBuffer(&b.points, &b.segments, &b.triangles, &b.holes);
+    return b;
+}
+
+// Byte sizes of the buffers: what their capacities take.
+constexpr size_t kPointsBytes = 0x100000;
+constexpr size_t kSegmentsBytes = 0x80000;
+constexpr size_t kTrianglesBytes = 0xC0000;
+constexpr size_t kHolesBytes = 0xBB80;
+
+void Write(const Pslg& g) {
+    const Buffers b = GetBuffers();
+    std::copy(g.xy.begin(), g.xy.end(), b.points);
+    std::copy(g.segments.begin(), g.segments.end(), b.segments);
+    std::copy(g.holeSeeds.begin(), g.holeSeeds.end(), b.holes);
+}
+
+int Tessellate(const Pslg& g) {
+    Write(g);
+    return OV_doTessellation(g.Points(), g.Segments(), g.Holes());
+}
+
+std::vector<Corners> ReadTriangles(int count) {
+    const int* t = GetBuffers().triangles;
+    std::vector<Corners> out(static_cast<size_t>(count));
+    for (size_t k = 0; k < out.size(); ++k) out[k] = {t[3 * k], t[3 * k + 1], t[3 * k + 2]};
+    return out;
+}
+
+// The triangles as a sorted list, each rotated to start at its smallest
+// index; the rotation keeps the orientation.
+std::vector<Corners> Canonical(std::vector<Corners> triangles) {
+    for (Corners& t : triangles)
+        std::rotate(t.begin(), std::min_element(t.begin(), t.end()), t.end());
+    std::sort(triangles.begin(), triangles.end());
+    return triangles;
+}
+
+// Twice the signed area of a triangle: positive when counter-clockwise.
+double Area2(const Pslg& g, const Corners& t) {
+    const double ax = g.X(t[0]), ay = g.Y(t[0]);
+    return (g.X(t[1]) - ax) * (g.Y(t[2]) - ay) - (g.X(t[2]) - ax) * (g.Y(t[1]) - ay);
+}
+
+void Centroid(const Pslg& g, const Corners& t, double* x, double* y) {
+    *x = (g.X(t[0]) + g.X(t[1]) + g.X(t[2])) / 3;
+    *y = (g.Y(t[0]) + g.Y(t[1]) + g.Y(t[2])) / 3;
+}
+
+bool StrictlyInside(double x, double y, double x0, double y0, double x1, double y1) {
+    return x > x0 && x < x1 && y > y0 && y < y1;
+}
+
+// Fills the whole triangles buffer with a pattern that no call writes.
+constexpr int kUntouched = -123456789;
+void MarkTriangles() {
+    int* t = GetBuffers().triangles;
+    std::fill(t, t + kTrianglesBytes / sizeof(int), kUntouched);
+}
+bool TrianglesUntouched() {
+    const int* t = GetBuffers().triangles;
+    return std::all_of(t, t + kTrianglesBytes / sizeof(int), [](int v) { return v == kUntouched; });
+}
+
+// --- Inputs -----------------------------------------------------------------
+
+// The corners of the square [0, 1000]^2 as a loop of segments and `count`
+// distinct random points strictly inside it. The hull has exactly the four
+// corners, so the triangulation has 2 * (count + 4) - 4 - 2 triangles.
+Pslg SquareWithInteriorPoints(int count, unsigned seed) {
+    Pslg g;
+    g.AddRectangle(0, 0, 1000, 1000);
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> coordinate(1, 999);
+    std::set<std::pair<double, double>> seen;
+    while (static_cast<int>(seen.size()) < count) {
+        const double x = coordinate(rng);
+        const double y = coordinate(rng);
+        if (seen.insert({x, y}).second) g.AddPoint(x, y);
+    }
+    return g;
+}
+
+double Orientation(double ax, double ay, double bx, double by, double cx, double cy) {
+    return (bx - ax) * (cy - ay) - (cx - ax) * (by - ay);
+}
+
+// Whether segments p and q cross at a point inside both (not at a shared end).
+bool Cross(const Pslg& g, int p0, int p1, int q0, int q1) {
+    if (p0 == q0 || p0 == q1 || p1 == q0 || p1 == q1) return false;
+    const double a = Orientation(g.X(p0), g.Y(p0), g.X(p1), g.Y(p1), g.X(q0), g.Y(q0));
+    const double b = Orientation(g.X(p0), g.Y(p0), g.X(p1), g.Y(p1), g.X(q1), g.Y(q1));
+    const double c = Orientation(g.X(q0), g.Y(q0), g.X(q1), g.Y(q1), g.X(p0), g.Y(p0));
+    const double d = Orientation(g.X(q0), g.Y(q0), g.X(q1), g.Y(q1), g.X(p1), g.Y(p1));
+    return ((a > 0 && b < 0) || (a < 0 && b > 0)) && ((c > 0 && d < 0) || (c < 0 && d > 0));
+}
+
+// Random points in a square with its boundary, plus short random segments
+// between nearby points, each kept only if it crosses none kept before.
+Pslg RandomNonCrossingGraph(unsigned seed) {
+    Pslg g = SquareWithInteriorPoints(3000, seed);
+    std::mt19937 rng(seed + 1000);
+    std::uniform_int_distribution<int> pick(4, g.Points() - 1);
+    std::vector<std::pair<int, int>> kept;
+    for (int attempt = 0; attempt < 1500; ++attempt) {
+        const int a = pick(rng);
+        std::vector<int> near;
+        for (int j = 4; j < g.Points(); ++j) {
+            const double dx = g.X(j) - g.X(a), dy = g.Y(j) - g.Y(a);
+            if (j != a && dx * dx + dy * dy < 50.0 * 50.0) near.push_back(j);
+        }
+        if (near.empty()) continue;
+        const int b = near[std::uniform_int_distribution<size_t>(0, near.size() - 1)(rng)];
+        const bool crosses = std::any_of(kept.begin(), kept.end(), [&](const auto& s) {
+            return Cross(g, a, b, s.first, s.second);
+        });
+        if (!crosses) kept.push_back({a, b});
+    }
+    for (const auto& s : kept) g.AddSegment(s.first, s.second);
+    return g;
+}
+
+// Random points in a square with its boundary, plus long segments between
+// random points that cross each other; *crossings receives how many pairs of
+// them cross.
+Pslg RandomCrossingGraph(unsigned seed, int segments, int* crossings) {
+    Pslg g = SquareWithInteriorPoints(3000, seed);
+    std::mt19937 rng(seed + 2000);
+    std::uniform_int_distribution<int> pick(4, g.Points() - 1);
+    std::vector<std::pair<int, int>> added;
+    while (static_cast<int>(added.size()) < segments) {
+        const int a = pick(rng), b = pick(rng);
+        if (a != b) added.push_back({a, b});
+    }
+    *crossings = 0;
+    for (size_t i = 0; i < added.size(); ++i) {
+        for (size_t j = i + 1; j < added.size(); ++j) {
+            if (Cross(g, added[i].first, added[i].second, added[j].first, added[j].second)) {
+                ++*crossings;
+            }
+        }
+    }
+    for (const auto& s : added) g.AddSegment(s.first, s.second);
+    return g;
+}
+
+// The four square holes of the graph with holes: [c - 60, c + 60]^2 around
+// these centres.
+constexpr double kHoleCentres[4][2] = {{300, 300}, {700, 300}, {300, 700}, {700, 700}};
+constexpr double kHoleHalfSide = 60;
+constexpr int kBoundaryVertices = 64;
+
+// A star-shaped boundary polygon around (500, 500), four square holes with a
+// seed at each centre, and random points all over the square [0, 1000]^2
+// (some fall outside the boundary or inside a hole).
+Pslg RandomGraphWithHoles(unsigned seed) {
+    Pslg g;
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> radius(420, 490);
+    for (int k = 0; k < kBoundaryVertices; ++k) {
+        const double angle = 2 * kPi * k / kBoundaryVertices;
+        const double r = radius(rng);
+        g.AddPoint(500 + r * std::cos(angle), 500 + r * std::sin(angle));
+    }
+    g.AddLoop(0, kBoundaryVertices);
+    for (const auto& c : kHoleCentres) {
+        g.AddRectangle(c[0] - kHoleHalfSide, c[1] - kHoleHalfSide, c[0] + kHoleHalfSide,
+                       c[1] + kHoleHalfSide);
+        g.AddHole(c[0], c[1]);
+    }
+    std::uniform_real_distribution<double> coordinate(0, 1000);
+    for (int k = 0; k < 3000; ++k) {
+        const double x = coordinate(rng);
+        g.AddPoint(x, coordinate(rng));
+    }
+    return g;
+}
+
+// Whether (x, y) is inside the polygon of the first `count` vertices (even-odd rule).
+bool InsidePolygon(const Pslg& g, int count, double x, double y) {
+    bool inside = false;
+    for (int i = 0, j = count - 1; i < count; j = i++) {
+        if ((g.Y(i) > y) != (g.Y(j) > y) &&
+            x < (g.X(j) - g.X(i)) * (y - g.Y(i)) / (g.Y(j) - g.Y(i)) + g.X(i)) {
+            inside = !inside;
+        }
+    }
+    return inside;
+}
+
+// --- The triangle program ---------------------------------------------------
+
+// A scratch directory, removed with everything in it at the end of the scope.
+class ScratchDir {
+  public:
+    ScratchDir() {
+        std::string pattern = ::testing::TempDir() + "selvora_tessellation_XXXXXX";
+        if (mkdtemp(pattern.data())) path_ = pattern;
+    }
+    ~ScratchDir() {
+        std::error_code ignored;
+        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+    }
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+// The graph as a .poly file, numbered from zero, without attributes or markers.
+std::string PolyText(const Pslg& g) {
+    std::ostringstream os;
+    os.precision(17);  // every double written so that it reads back the same
+    os << g.Points() << " 2 0 0\n";
+    for (int i = 0; i < g.Points(); ++i) os << i << ' ' << g.X(i) << ' ' << g.Y(i) << '\n';
+    os << g.Segments() << " 0\n";
+    for (int i = 0; i < g.Segments(); ++i) {
+        os << i << ' ' << g.segments[2 * static_cast<size_t>(i)] << ' '
+           << g.segments[2 * static_cast<size_t>(i) + 1] << '\n';
+    }
+    os << g.Holes() << '\n';
+    for (int i = 0; i < g.Holes(); ++i) {
+        os << i << ' ' << g.holeSeeds[2 * static_cast<size_t>(i)] << ' '
+           << g.holeSeeds[2 * static_cast<size_t>(i) + 1] << '\n';
+    }
+    return os.str();
+}
+
+// The lines of a Triangle input or output file, comments ('#' to the end of
+// the line) and blank lines left out, each split into its fields.
+std::vector<std::vector<std::string>> FileLines(const std::string& path) {
+    std::vector<std::vector<std::string>> lines;
+    std::ifstream in(path);
+    std::string line;
+    while (std::getline(in, line)) {
+        line = line.substr(0, line.find('#'));
+        std::istringstream fields(line);
+        std::vector<std::string> words{std::istream_iterator<std::string>(fields),
+                                       std::istream_iterator<std::string>()};
+        if (!words.empty()) lines.push_back(std::move(words));
+    }
+    return lines;
+}
+
+std::string FileText(const std::string& path) {
+    std::ifstream in(path);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// Runs `triangle -<switches>` on a .poly file with the given text and reads
+// the triangles of the .ele file it writes, as zero-based indices
+// (firstNumber is the number of the file's first vertex).
+void RunTriangleProgram(const std::string& polyText, const std::string& switches, int firstNumber,
+                        std::vector<Corners>* triangles) {
+    ASSERT_EQ(std::system("command -v triangle >/dev/null 2>&1"), 0)
+        << "the `triangle` program is missing: install the Debian package triangle-bin";
+    ScratchDir dir;
+    ASSERT_FALSE(dir.path().empty()) << "cannot create a scratch directory";
+    const std::string poly = dir.path() + "/input.poly";
+    const std::string log = dir.path() + "/triangle.log";
+    std::ofstream(poly) << polyText;
+    const std::string command = "triangle -" + switches + " '" + poly + "' >'" + log + "' 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command << '\n' << FileText(log);
+
+    const auto lines = FileLines(dir.path() + "/input.1.ele");
+    ASSERT_FALSE(lines.empty()) << "no input.1.ele from: " << command;
+    ASSERT_GE(lines[0].size(), 2u);
+    const int count = std::stoi(lines[0][0]);
+    ASSERT_EQ(std::stoi(lines[0][1]), 3) << "corners per triangle";
+    ASSERT_EQ(lines.size(), static_cast<size_t>(count) + 1);
+    triangles->clear();
+    for (int k = 0; k < count; ++k) {
+        const auto& f = lines[static_cast<size_t>(k) + 1];
+        ASSERT_GE(f.size(), 4u);
+        ASSERT_EQ(std::stoi(f[0]), k + firstNumber);
+        triangles->push_back({std::stoi(f[1]) - firstNumber, std::stoi(f[2]) - firstNumber,
+                              std::stoi(f[3]) - firstNumber});
+    }
+}
+
+// The reference triangulation of g, with the switches the library uses.
+void Reference(const Pslg& g, std::vector<Corners>* triangles) {
+    RunTriangleProgram(PolyText(g), "pzNPBQ", 0, triangles);
+}
+
+// Triangulates g with the library and requires the same triangles as the
+// triangle program gives; *result receives the library's triangles.
+void ExpectAgreement(const Pslg& g, std::vector<Corners>* result) {
+    std::vector<Corners> expected;
+    ASSERT_NO_FATAL_FAILURE(Reference(g, &expected));
+    const int count = Tessellate(g);
+    ASSERT_EQ(count, static_cast<int>(expected.size()));
+    *result = ReadTriangles(count);
+    EXPECT_EQ(Canonical(*result), Canonical(expected));
+}
+
+// --- Small shapes ------------------------------------------------------------
+
+TEST(TessellationShapes, TriangleGivesItselfCounterClockwise) {
+    Pslg g;
+    g.AddPoint(0, 0);
+    g.AddPoint(4, 0);
+    g.AddPoint(1, 3);
+    g.AddLoop(0, 3);
+    ASSERT_EQ(Tessellate(g), 1);
+    const Corners t = ReadTriangles(1)[0];
+    EXPECT_GT(Area2(g, t), 0);
+    // (0, 1, 2) is counter-clockwise for these points.
+    EXPECT_EQ(Canonical({t}), (std::vector<Corners>{{0, 1, 2}}));
+}
+
+TEST(TessellationShapes, ClockwiseInputComesOutCounterClockwise) {
+    Pslg g;
+    g.AddPoint(0, 0);
+    g.AddPoint(1, 3);
+    g.AddPoint(4, 0);
+    g.AddLoop(0, 3);
+    ASSERT_EQ(Tessellate(g), 1);
+    const Corners t = ReadTriangles(1)[0];
+    EXPECT_GT(Area2(g, t), 0);
+    EXPECT_EQ(Canonical({t}), (std::vector<Corners>{{0, 2, 1}}));
+}
+
+TEST(TessellationShapes, UnitSquareGivesTwoTriangles) {
+    Pslg g;
+    g.AddRectangle(0, 0, 1, 1);
+    ASSERT_EQ(Tessellate(g), 2);
+    double area2 = 0;
+    for (const Corners& t : ReadTriangles(2)) {
+        EXPECT_GT(Area2(g, t), 0);
+        for (int v : t) EXPECT_TRUE(v >= 0 && v < 4) << v;
+        area2 += Area2(g, t);
+    }
+    EXPECT_EQ(area2, 2.0);  // twice the area of the unit square
+}
+
+// An outer square [0, 10]^2 and an inner square [4, 6]^2, both as loops.
+Pslg TwoSquares() {
+    Pslg g;
+    g.AddRectangle(0, 0, 10, 10);
+    g.AddRectangle(4, 4, 6, 6);
+    return g;
+}
+
+TEST(TessellationShapes, HoleLeavesTheRingOfEightTriangles) {
+    Pslg g = TwoSquares();
+    g.AddHole(5, 5);
+    // 8 vertices, all on the boundary of a domain with one hole: 8 + 2 - 2.
+    ASSERT_EQ(Tessellate(g), 8);
+    double area2 = 0;
+    for (const Corners& t : ReadTriangles(8)) {
+        EXPECT_GT(Area2(g, t), 0);
+        double x, y;
+        Centroid(g, t, &x, &y);
+        EXPECT_TRUE(StrictlyInside(x, y, 0, 0, 10, 10)) << x << ", " << y;
+        EXPECT_FALSE(StrictlyInside(x, y, 4, 4, 6, 6)) << x << ", " << y;
+        area2 += Area2(g, t);
+    }
+    EXPECT_EQ(area2, 2.0 * (100 - 4));
+    std::vector<Corners> result;
+    ExpectAgreement(g, &result);
+}
+
+TEST(TessellationShapes, NoHolesMeansNoHoleListWhateverTheBufferHolds) {
+    const Pslg g = TwoSquares();
+    std::vector<Corners> expected;
+    ASSERT_NO_FATAL_FAILURE(Reference(g, &expected));
+    // 8 vertices, 4 of them on the hull: 2 * 8 - 4 - 2.
+    ASSERT_EQ(expected.size(), 10u);
+
+    Write(g);
+    double* holes = GetBuffers().holes;
+    for (size_t k = 0; k < kHolesBytes / sizeof(double); k += 2) {
+        holes[k] = 5;  // a seed inside the inner square, everywhere
+        holes[k + 1] = 5;
+    }
+    ASSERT_EQ(OV_doTessellation(g.Points(), g.Segments(), 0), 10);
+    EXPECT_EQ(Canonical(ReadTriangles(10)), Canonical(expected));
+    // The same seed counted as one hole does carve the inner square.
+    EXPECT_EQ(OV_doTessellation(g.Points(), g.Segments(), 1), 8);
+}
+
+TEST(TessellationShapes, InputBuffersAreLeftForTheNextCall) {
+    const Pslg g = SquareWithInteriorPoints(500, 7);
+    const int expected = 2 * g.Points() - 4 - 2;
+    ASSERT_EQ(Tessellate(g), expected);
+    const std::vector<Corners> first = Canonical(ReadTriangles(expected));
+    MarkTriangles();
+    // No rewrite of the input: the buffers still hold it.
+    ASSERT_EQ(OV_doTessellation(g.Points(), g.Segments(), 0), expected);
+    EXPECT_EQ(Canonical(ReadTriangles(expected)), first);
+    const Buffers b = GetBuffers();
+    EXPECT_TRUE(std::equal(g.xy.begin(), g.xy.end(), b.points));
+    EXPECT_TRUE(std::equal(g.segments.begin(), g.segments.end(), b.segments));
+}
+
+// --- Buffers and capacities --------------------------------------------------
+
+TEST(TessellationBuffers, ExistWithTheirSizes) {
+    const Buffers b = GetBuffers();
+    ASSERT_NE(b.points, nullptr);
+    ASSERT_NE(b.segments, nullptr);
+    ASSERT_NE(b.triangles, nullptr);
+    ASSERT_NE(b.holes, nullptr);
+    EXPECT_GE(malloc_usable_size(b.points), kPointsBytes);
+    EXPECT_GE(malloc_usable_size(b.segments), kSegmentsBytes);
+    EXPECT_GE(malloc_usable_size(b.triangles), kTrianglesBytes);
+    EXPECT_GE(malloc_usable_size(b.holes), kHolesBytes);
+    // The capacities are what these sizes hold.
+    EXPECT_EQ(static_cast<size_t>(OV_TESSELLATION_MAX_POINTS) * 2 * sizeof(double), kPointsBytes);
+    EXPECT_EQ(static_cast<size_t>(OV_TESSELLATION_MAX_SEGMENTS) * 2 * sizeof(int), kSegmentsBytes);
+    EXPECT_EQ(static_cast<size_t>(OV_TESSELLATION_MAX_TRIANGLES) * 3 * sizeof(int),
+              kTrianglesBytes);
+    EXPECT_EQ(static_cast<size_t>(OV_TESSELLATION_MAX_HOLES) * 2 * sizeof(double), kHolesBytes);
+}
+
+TEST(TessellationBuffers, KeepTheirAddresses) {
+    const Buffers first = GetBuffers();
+    const Buffers second = GetBuffers();
+    EXPECT_EQ(second.points, first.points);
+    EXPECT_EQ(second.segments, first.segments);
+    EXPECT_EQ(second.triangles, first.triangles);
+    EXPECT_EQ(second.holes, first.holes);
+
+    Pslg g = TwoSquares();
+    g.AddHole(5, 5);
+    ASSERT_EQ(Tessellate(g), 8);
+    ASSERT_EQ(Tessellate(SquareWithInteriorPoints(100, 3)), 2 * 104 - 6);
+    const Buffers after = GetBuffers();
+    EXPECT_EQ(after.points, first.points);
+    EXPECT_EQ(after.segments, first.segments);
+    EXPECT_EQ(after.triangles, first.triangles);
+    EXPECT_EQ(after.holes, first.holes);
+}
+
+TEST(TessellationBuffers, NullOutParametersAreSkipped) {
+    const Buffers all = GetBuffers();
+    double* points = nullptr;
+    int* triangles = nullptr;
+    OV_getTessellationBuffer(&points, nullptr, &triangles, nullptr);
+    EXPECT_EQ(points, all.points);
+    EXPECT_EQ(triangles, all.triangles);
+}
+
+// Makes one call with counts that must be refused, in a child process: a call
+// that ended the process or ran the triangulator on them fails here instead of
+// taking the other tests down. The input is a valid triangle, so a call that
+// went ahead would write to the triangles buffer.
+void ExpectRefused(int numPoints, int numSegments, int numHoles) {
+    EXPECT_EXIT(
+        {
+            Pslg g;
+            g.AddPoint(0, 0);
+            g.AddPoint(1, 0);
+            g.AddPoint(0, 1);
+            g.AddLoop(0, 3);
+            g.AddHole(0.25, 0.25);
+            Write(g);
+            MarkTriangles();
+            const int result = OV_doTessellation(numPoints, numSegments, numHoles);
+            std::exit(result == 0 && TrianglesUntouched() ? 0 : 2);
+        },
+        ::testing::ExitedWithCode(0), "")
+        << "OV_doTessellation(" << numPoints << ", " << numSegments << ", " << numHoles << ")";
+}
+
+TEST(TessellationCountsDeathTest, AboveTheCapacitiesAreRefused) {
+    ExpectRefused(OV_TESSELLATION_MAX_POINTS + 1, 3, 0);
+    ExpectRefused(3, OV_TESSELLATION_MAX_SEGMENTS + 1, 0);
+    ExpectRefused(3, 3, OV_TESSELLATION_MAX_HOLES + 1);
+    ExpectRefused(INT_MAX, INT_MAX, INT_MAX);
+}
+
+TEST(TessellationCountsDeathTest, NegativeCountsAreRefused) {
+    ExpectRefused(3, -1, 0);
+    ExpectRefused(3, 3, -1);
+    ExpectRefused(3, INT_MIN, INT_MIN);
+}
+
+// A negative point count is fewer than three vertices: the message and exit 1.
+TEST(TessellationCountsDeathTest, NegativePointCountIsFewerThanThree) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(OV_doTessellation(-1, 3, 0), ::testing::ExitedWithCode(1), "^错误: 顶点数小于3\n$");
+    EXPECT_EXIT(OV_doTessellation(INT_MIN, 0, 0), ::testing::ExitedWithCode(1),
+                "^错误: 顶点数小于3\n$");
+}
+
+// The points (i, i * i) for i = 0 .. 65,535 closed by 65,536 segments: a
+// convex polygon (all on a parabola) with every vertex on the hull, so
+// 65,534 triangles.
+TEST(TessellationCapacity, FullPointsAndSegments) {
+    constexpr int n = OV_TESSELLATION_MAX_POINTS;
+    Pslg g;
+    for (int i = 0; i < n; ++i) g.AddPoint(i, static_cast<double>(i) * i);
+    g.AddLoop(0, n);
+    ASSERT_EQ(g.Segments(), OV_TESSELLATION_MAX_SEGMENTS);
+    MarkTriangles();
+    ASSERT_EQ(Tessellate(g), n - 2);
+
+    // Exact integer checks: every triangle counter-clockwise, and together
+    // they cover the polygon exactly.
+    auto area2 = [](const Corners& t) {
+        auto y = [](std::int64_t i) { return i * i; };
+        const std::int64_t a = t[0], b = t[1], c = t[2];
+        return (b - a) * (y(c) - y(a)) - (c - a) * (y(b) - y(a));
+    };
+    std::int64_t total = 0;
+    for (const Corners& t : ReadTriangles(n - 2)) {
+        for (int v : t) ASSERT_TRUE(v >= 0 && v < n) << v;
+        ASSERT_GT(area2(t), 0);
+        total += area2(t);
+    }
+    // Twice the polygon's area by the shoelace formula: the edge from i to
+    // i + 1 adds i * (i + 1)^2 - (i + 1) * i^2 = i * (i + 1), the closing edge 0.
+    std::int64_t polygon = 0;
+    for (std::int64_t i = 0; i + 1 < n; ++i) polygon += i * (i + 1);
+    EXPECT_EQ(total, polygon);
+    // The rest of the buffer is as it was.
+    const int* t = GetBuffers().triangles;
+    EXPECT_TRUE(std::all_of(t + 3 * (n - 2), t + kTrianglesBytes / sizeof(int),
+                            [](int v) { return v == kUntouched; }));
+}
+
+// 3,000 square holes of side 2 on a 60 x 50 grid inside the rectangle
+// [0, 600] x [0, 500], a seed in each.
+TEST(TessellationCapacity, FullHoles) {
+    Pslg g;
+    g.AddRectangle(0, 0, 600, 500);
+    for (int i = 0; i < 60; ++i) {
+        for (int j = 0; j < 50; ++j) {
+            g.AddRectangle(10 * i + 4, 10 * j + 4, 10 * i + 6, 10 * j + 6);
+            g.AddHole(10 * i + 5, 10 * j + 5);
+        }
+    }
+    ASSERT_EQ(g.Holes(), OV_TESSELLATION_MAX_HOLES);
+    // Every vertex is on the boundary of a domain with 3,000 holes: n + 2 * 3000 - 2.
+    const int expected = g.Points() + 2 * g.Holes() - 2;
+    ASSERT_EQ(Tessellate(g), expected);
+    double area2 = 0;
+    for (const Corners& t : ReadTriangles(expected)) {
+        ASSERT_GT(Area2(g, t), 0);
+        area2 += Area2(g, t);
+        double x, y;
+        Centroid(g, t, &x, &y);
+        const double i = std::floor(x / 10), j = std::floor(y / 10);
+        ASSERT_FALSE(StrictlyInside(x, y, 10 * i + 4, 10 * j + 4, 10 * i + 6, 10 * j + 6))
+            << "triangle inside a hole at " << x << ", " << y;
+    }
+    EXPECT_EQ(area2, 2.0 * (600 * 500 - 3000 * 4));  // integers: exact
+    std::vector<Corners> result;
+    ExpectAgreement(g, &result);
+}
+
+// 32,771 points with four on the hull: 2 * 32,771 - 4 - 2 = 65,536 triangles,
+// exactly the capacity.
+TEST(TessellationCapacity, FullTriangles) {
+    const Pslg g = SquareWithInteriorPoints(32767, 11);
+    MarkTriangles();
+    std::vector<Corners> result;
+    ExpectAgreement(g, &result);
+    EXPECT_EQ(result.size(), static_cast<size_t>(OV_TESSELLATION_MAX_TRIANGLES));
+}
+
+// One point more gives 65,538 triangles, which do not fit: nothing is written.
+TEST(TessellationCapacity, OneTriangleTooManyIsRefused) {
+    const Pslg g = SquareWithInteriorPoints(32768, 11);
+    MarkTriangles();
+    EXPECT_EQ(Tessellate(g), 0);
+    EXPECT_TRUE(TrianglesUntouched());
+}
+
+// 60,000 points within the point capacity, four of them on the hull:
+// 2 * 60,000 - 4 - 2 = 119,994 triangles, far more than fit.
+TEST(TessellationCapacity, ResultAboveTheCapacityIsRefused) {
+    const Pslg g = SquareWithInteriorPoints(60000 - 4, 5);
+    std::vector<Corners> reference;
+    ASSERT_NO_FATAL_FAILURE(Reference(g, &reference));
+    ASSERT_EQ(reference.size(), 119994u);
+    MarkTriangles();
+    EXPECT_EQ(Tessellate(g), 0);
+    EXPECT_TRUE(TrianglesUntouched());
+    // The next call that fits works as usual.
+    EXPECT_EQ(Tessellate(SquareWithInteriorPoints(10, 5)), 2 * 14 - 6);
+}
+
+// --- Agreement with the triangle program -------------------------------------
+
+// A .poly file as Triangle reads it: the graph with indices made zero-based.
+struct PolyFile {
+    Pslg graph;
+    int firstNumber = 0;
+};
+
+void ReadPoly(const std::string& path, PolyFile* out) {
+    const auto lines = FileLines(path);
+    size_t at = 0;
+    auto next = [&]() -> const std::vector<std::string>& { return lines.at(at++); };
+    ASSERT_FALSE(lines.empty()) << "cannot read " << path;
+    const int vertices = std::stoi(next()[0]);
+    for (int i = 0; i < vertices; ++i) {
+        const auto& f = next();
+        ASSERT_GE(f.size(), 3u);
+        if (i == 0) out->firstNumber = std::stoi(f[0]) == 0 ? 0 : 1;
+        ASSERT_EQ(std::stoi(f[0]), i + out->firstNumber);
+        out->graph.AddPoint(std::strtod(f[1].c_str(), nullptr), std::strtod(f[2].c_str(), nullptr));
+    }
+    const int segments = std::stoi(next()[0]);
+    for (int i = 0; i < segments; ++i) {
+        const auto& f = next();
+        ASSERT_GE(f.size(), 3u);
+        out->graph.AddSegment(std::stoi(f[1]) - out->firstNumber,
+                              std::stoi(f[2]) - out->firstNumber);
+    }
+    const int holes = std::stoi(next()[0]);
+    for (int i = 0; i < holes; ++i) {
+        const auto& f = next();
+        ASSERT_GE(f.size(), 3u);
+        out->graph.AddHole(std::strtod(f[1].c_str(), nullptr), std::strtod(f[2].c_str(), nullptr));
+    }
+}
+
+TEST(TessellationAgreement, TheLetterA) {
+    const std::string path = "/usr/share/doc/triangle-bin/A.poly";
+    PolyFile a;
+    ASSERT_NO_FATAL_FAILURE(ReadPoly(path, &a)) << "the example comes with triangle-bin";
+    ASSERT_EQ(a.firstNumber, 1);
+    ASSERT_EQ(a.graph.Points(), 29);
+    ASSERT_EQ(a.graph.Segments(), 29);
+    ASSERT_EQ(a.graph.Holes(), 1);
+
+    std::vector<Corners> result;
+    ExpectAgreement(a.graph, &result);  // the zero-based copy
+    // Every vertex is on the outline or on the hole's: 29 + 2 * 1 - 2.
+    EXPECT_EQ(result.size(), 29u);
+    for (const Corners& t : result) EXPECT_GT(Area2(a.graph, t), 0);
+
+    // The file itself, numbered from one, gives the same triangles.
+    std::vector<Corners> original;
+    ASSERT_NO_FATAL_FAILURE(RunTriangleProgram(FileText(path), "pNPBQ", 1, &original));
+    EXPECT_EQ(Canonical(original), Canonical(result));
+}
+
+TEST(TessellationAgreement, RandomGraphWithoutCrossings) {
+    for (unsigned seed : {21u, 22u}) {
+        SCOPED_TRACE(seed);
+        const Pslg g = RandomNonCrossingGraph(seed);
+        ASSERT_GT(g.Segments(), 500);
+        std::vector<Corners> result;
+        ExpectAgreement(g, &result);
+        // Nothing crosses, so no vertex is added.
+        for (const Corners& t : result) {
+            for (int v : t) ASSERT_TRUE(v >= 0 && v < g.Points()) << v;
+            ASSERT_GT(Area2(g, t), 0);
+        }
+        EXPECT_EQ(result.size(), static_cast<size_t>(2 * g.Points() - 6));
+    }
+}
+
+TEST(TessellationAgreement, RandomGraphWithCrossings) {
+    for (unsigned seed : {31u, 32u}) {
+        SCOPED_TRACE(seed);
+        int crossings = 0;
+        const Pslg g = RandomCrossingGraph(seed, 40, &crossings);
+        ASSERT_GT(crossings, 50);
+        std::vector<Corners> result;
+        ExpectAgreement(g, &result);
+        // Each crossing adds one vertex, numbered after the input ones.
+        std::set<int> added;
+        for (const Corners& t : result) {
+            for (int v : t) {
+                ASSERT_GE(v, 0);
+                if (v >= g.Points()) added.insert(v);
+            }
+        }
+        ASSERT_EQ(added.size(), static_cast<size_t>(crossings));
+        EXPECT_EQ(*added.begin(), g.Points());
+        EXPECT_EQ(*added.rbegin(), g.Points() + crossings - 1);
+        // All vertices are still in a square with four on the hull.
+        EXPECT_EQ(result.size(), static_cast<size_t>(2 * (g.Points() + crossings) - 6));
+    }
+}
+
+TEST(TessellationAgreement, RandomGraphWithHoles) {
+    for (unsigned seed : {41u, 42u}) {
+        SCOPED_TRACE(seed);
+        const Pslg g = RandomGraphWithHoles(seed);
+        std::vector<Corners> result;
+        ExpectAgreement(g, &result);
+        ASSERT_GT(result.size(), 3000u);
+        for (const Corners& t : result) {
+            for (int v : t) ASSERT_TRUE(v >= 0 && v < g.Points()) << v;
+            ASSERT_GT(Area2(g, t), 0);
+            double x, y;
+            Centroid(g, t, &x, &y);
+            ASSERT_TRUE(InsidePolygon(g, kBoundaryVertices, x, y)) << x << ", " << y;
+            for (const auto& c : kHoleCentres) {
+                ASSERT_FALSE(StrictlyInside(x, y, c[0] - kHoleHalfSide, c[1] - kHoleHalfSide,
+                                            c[0] + kHoleHalfSide, c[1] + kHoleHalfSide))
+                    << x << ", " << y;
+            }
+        }
+    }
+}
+
+// --- Calls from two threads --------------------------------------------------
+
+TEST(TessellationConcurrency, TwoThreadsEachGetTheRightCountEveryTime) {
+    const Pslg g = SquareWithInteriorPoints(2000, 51);
+    const int expected = 2 * g.Points() - 4 - 2;
+    std::vector<Corners> reference;
+    ASSERT_NO_FATAL_FAILURE(Reference(g, &reference));
+    ASSERT_EQ(reference.size(), static_cast<size_t>(expected));
+
+    // Both threads use the one input in the shared buffers.
+    Write(g);
+    constexpr int kCalls = 40;
+    std::vector<int> counts[2];
+    auto work = [&](std::vector<int>* out) {
+        for (int k = 0; k < kCalls; ++k) {
+            out->push_back(OV_doTessellation(g.Points(), g.Segments(), g.Holes()));
+        }
+    };
+    std::thread first(work, &counts[0]);
+    std::thread second(work, &counts[1]);
+    first.join();
+    second.join();
+    for (const std::vector<int>& c : counts) {
+        ASSERT_EQ(c.size(), static_cast<size_t>(kCalls));
+        for (int count : c) EXPECT_EQ(count, expected);
+    }
+    EXPECT_EQ(Canonical(ReadTriangles(expected)), Canonical(reference));
+}
+
+}  // namespace
