@@ -48,14 +48,14 @@ int main() {
     check(copy && copy->isA("GArc"), "arc copy");
     delete copy;
 
-    double *points, *holes;
-    int *segments, *triangles;
-    OV_getTessellationBuffer(&points, &segments, &triangles, &holes);
+    double *xy, *seeds;
+    int *ends, *corners;
+    OV_getTessellationBuffer(&xy, &ends, &corners, &seeds);
     const double square[] = {0, 0, 1, 0, 1, 1, 0, 1};
-    for (int i = 0; i < 8; ++i) points[i] = square[i];
+    for (int i = 0; i < 8; ++i) xy[i] = square[i];
     for (int i = 0; i < 4; ++i) {
-        segments[2 * i] = i;
-        segments[2 * i + 1] = (i + 1) % 4;
+        ends[2 * i] = i;
+        ends[2 * i + 1] = (i + 1) % 4;
     }
     check(OV_doTessellation(4, 4, 0) == 2, "tessellation");
 
