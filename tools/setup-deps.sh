@@ -11,6 +11,7 @@ PACKAGES=(
   build-essential cmake pkg-config clang-format
   libgtest-dev libgmock-dev libbenchmark-dev libeigen3-dev
   libtriangle-dev triangle-bin libtiff-dev libcurl4-openssl-dev
+  libpng-dev libstb-dev clang libclang-rt-14-dev
 )
 
 installed() {

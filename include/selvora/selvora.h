@@ -13,6 +13,7 @@
 #include "selvora/geometry/implicit_curve.h"
 #include "selvora/geometry/line.h"
 #include "selvora/geometry/triangle.h"
+#include "selvora/image/image.h"
 #include "selvora/kernel/matrix3d.h"
 #include "selvora/kernel/point3d.h"
 #include "selvora/tessellation/tessellation.h"
