@@ -16,4 +16,5 @@
 #include "selvora/image/image.h"
 #include "selvora/kernel/matrix3d.h"
 #include "selvora/kernel/point3d.h"
+#include "selvora/net/net.h"
 #include "selvora/tessellation/tessellation.h"

@@ -1,0 +1,48 @@
+// The request path shared by the HTTP exchanges, and the online check.
+#pragma once
+
+#include <cstddef>
+
+namespace selvora {
+namespace net {
+
+// Receives the body of a 2xx response. Return false to stop the transfer
+// early (Take then reports whether that stop still counts as success).
+class BodySink {
+  public:
+    virtual ~BodySink() = default;
+    virtual bool Take(const char* bytes, std::size_t length) = 0;
+    virtual bool StoppedEarlyIsSuccess() const { return false; }
+};
+
+struct Request {
+    const char* url = nullptr;
+    bool post = false;
+    const char* contentType = nullptr;  // POST only
+    // The POST body: prefix, then data.
+    const unsigned char* prefix = nullptr;
+    std::size_t prefixLength = 0;
+    const unsigned char* data = nullptr;
+    std::size_t dataLength = 0;
+};
+
+// Runs one exchange. Returns 1 when the status was 2xx and the whole body (or
+// as much as the sink wanted) arrived, else 0. The sink sees body bytes only
+// of a 2xx response. *statusOk tells whether a 2xx status was received.
+int Perform(const Request& request, BodySink* sink, bool* statusOk);
+
+// 1 when the machine is online or could be brought online for url.
+int EnsureInternetOnline(const char* url);
+int IsInternetOffline();
+
+// The seam behind the online check and the stall limit, for tests.
+struct Settings {
+    bool simulateOffline = false;  // the connected state reads as disconnected
+    bool goOnlineSucceeds = true;  // what the request to go online answers
+    long stallSeconds = 60;        // a transfer with no byte for this long fails
+    long connectTimeoutMs = 15000;
+};
+Settings& TestSettings();
+
+}  // namespace net
+}  // namespace selvora

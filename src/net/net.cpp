@@ -1,0 +1,183 @@
+// The three exchanges, each a sink for the shared request path.
+#include "selvora/net/net.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "net/http.h"
+
+namespace {
+
+using selvora::net::BodySink;
+using selvora::net::Request;
+
+// The page as text: fixed 1023-byte slices from the start of the body, each
+// cut at its first NUL, gathered once and handed over at the end.
+class PageSink : public BodySink {
+  public:
+    bool Take(const char* bytes, std::size_t length) override {
+        while (length > 0) {
+            const std::size_t n = std::min(length, kSlice - filled_);
+            std::memcpy(slice_ + filled_, bytes, n);
+            filled_ += n;
+            bytes += n;
+            length -= n;
+            if (filled_ == kSlice) Flush();
+        }
+        return true;
+    }
+    const std::string& Text() {
+        Flush();
+        return text_;
+    }
+
+  private:
+    static constexpr std::size_t kSlice = 1023;
+    void Flush() {
+        text_.append(slice_, strnlen(slice_, filled_));
+        filled_ = 0;
+    }
+    char slice_[kSlice];
+    std::size_t filled_ = 0;
+    std::string text_;
+};
+
+// The body into a new file beside the target, put in its place only when the
+// whole body arrived, so that a failed transfer never damages the old file.
+class FileSink : public BodySink {
+  public:
+    explicit FileSink(const char* path) : path_(path) {}
+    ~FileSink() override { Discard(); }
+
+    bool Take(const char* bytes, std::size_t length) override {
+        if (!Open()) return false;
+        while (length > 0) {
+            const ssize_t n = ::write(fd_, bytes, length);
+            if (n <= 0) return false;
+            bytes += n;
+            length -= static_cast<std::size_t>(n);
+        }
+        return true;
+    }
+
+    // Moves the finished file into place (an empty body still makes a file).
+    bool Commit() {
+        if (!Open()) return false;
+        const bool closed = ::close(fd_) == 0;
+        fd_ = -1;
+        if (!closed || std::rename(temp_.c_str(), path_.c_str()) != 0) return false;
+        temp_.clear();
+        return true;
+    }
+
+  private:
+    bool Open() {
+        if (fd_ >= 0) return true;
+        static std::atomic<unsigned> counter{0};
+        for (int attempt = 0; attempt < 100 && fd_ < 0; ++attempt) {
+            temp_ = path_ + ".part-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+            // 0666 less the umask, as a file made by fopen would have.
+            fd_ = ::open(temp_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+            if (fd_ < 0 && errno != EEXIST) break;
+        }
+        if (fd_ < 0) temp_.clear();
+        return fd_ >= 0;
+    }
+    void Discard() {
+        if (fd_ >= 0) ::close(fd_);
+        fd_ = -1;
+        if (!temp_.empty()) std::remove(temp_.c_str());
+        temp_.clear();
+    }
+
+    std::string path_;
+    std::string temp_;
+    int fd_ = -1;
+};
+
+// A 2xx answer whose body is not wanted: stopping at once is success.
+class DiscardSink : public BodySink {
+  public:
+    bool Take(const char*, std::size_t) override { return false; }
+    bool StoppedEarlyIsSuccess() const override { return true; }
+};
+
+// The first 128 bytes of the body; the rest is not needed.
+class MatrixSink : public BodySink {
+  public:
+    bool Take(const char* bytes, std::size_t length) override {
+        const std::size_t n = std::min(length, sizeof bytes_ - filled_);
+        std::memcpy(bytes_ + filled_, bytes, n);
+        filled_ += n;
+        return filled_ < sizeof bytes_;
+    }
+    bool StoppedEarlyIsSuccess() const override { return Complete(); }
+    bool Complete() const { return filled_ == sizeof bytes_; }
+
+    // The 16 doubles, little-endian, row by row.
+    void FillMatrix(Matrix3d* m) const {
+        for (int i = 0; i < 16; ++i) {
+            std::uint64_t bits = 0;
+            for (int k = 7; k >= 0; --k) bits = bits << 8 | bytes_[8 * i + k];
+            std::memcpy(&m->m[i / 4][i % 4], &bits, sizeof bits);
+        }
+    }
+
+  private:
+    unsigned char bytes_[128];
+    std::size_t filled_ = 0;
+};
+
+}  // namespace
+
+int OV_GetHtml(const char* url, OvString* out) {
+    if (!url || !out) return 0;
+    Request request;
+    request.url = url;
+    PageSink page;
+    bool statusOk = false;
+    const int result = selvora::net::Perform(request, &page, &statusOk);
+    if (statusOk) *out = page.Text().c_str();  // what arrived, even when cut short
+    return result;
+}
+
+int LoadSymbolInternet(char* onlineUrl, char* url, const char* filePath) {
+    if (!selvora::net::EnsureInternetOnline(onlineUrl)) return 0;
+    if (!url) return 0;
+    Request request;
+    request.url = url;
+    if (!filePath) {
+        DiscardSink discard;
+        return selvora::net::Perform(request, &discard, nullptr);
+    }
+    FileSink file(filePath);
+    if (!selvora::net::Perform(request, &file, nullptr)) return 0;
+    return file.Commit() ? 1 : 0;
+}
+
+int GetMatrixInternet(char* onlineUrl, char* url, unsigned char* data, int dataLength,
+                      Matrix3d* result) {
+    if (!selvora::net::EnsureInternetOnline(onlineUrl)) return 0;
+    if (!url || !result || dataLength < 0 || (dataLength > 0 && !data)) return 0;
+    static const unsigned char kBoundary[] = {'1', '1', '2', '2', '3', '3', '4', '4', '5', '5'};
+    Request request;
+    request.url = url;
+    request.post = true;
+    request.contentType = "Content-Type: multipart/form-data; boundary=1122334455";
+    request.prefix = kBoundary;
+    request.prefixLength = sizeof kBoundary;
+    request.data = data;
+    request.dataLength = static_cast<std::size_t>(dataLength);
+    MatrixSink matrix;
+    if (!selvora::net::Perform(request, &matrix, nullptr) || !matrix.Complete()) return 0;
+    matrix.FillMatrix(result);
+    return 1;
+}
