@@ -78,11 +78,8 @@ int CImage::Load(const char* path) {
 }
 
 int CImage::Store(unsigned char* block, int w, int h, int loadedType) {
-    if (!block) {
-        type = 0;
-        return 0;
-    }
-    CleanUp();  // a block loaded before is released, not leaked
+    CleanUp();  // a block held before is released, not leaked, whatever the outcome
+    if (!block) return 0;
     bits = block;
     width = w;
     height = h;
@@ -92,12 +89,14 @@ int CImage::Store(unsigned char* block, int w, int h, int loadedType) {
 
 int CImage::LoadBmp(const char* path) {
     int w = 0, h = 0;
-    return Store(path ? selvora::ReadBmp(path, &w, &h) : nullptr, w, h, 2);
+    unsigned char* block = path ? selvora::ReadBmp(path, &w, &h) : nullptr;
+    return Store(block, w, h, 2);
 }
 
 int CImage::LoadTif(const char* path) {
     int w = 0, h = 0;
-    return Store(path ? selvora::ReadTif(path, &w, &h) : nullptr, w, h, 3);
+    unsigned char* block = path ? selvora::ReadTif(path, &w, &h) : nullptr;
+    return Store(block, w, h, 3);
 }
 
 int CImage::LoadJpg(const char*) { return 0; }
