@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <cstdio>
 #include <cstring>
 #include <mutex>
 
@@ -21,6 +22,7 @@ struct Transfer {
     BodySink* sink = nullptr;
     bool statusOk = false;
     bool statusKnown = false;
+    bool headComplete = false;  // the latest response's head ended with its empty line
     bool stoppedBySink = false;
     const Request* request = nullptr;
     std::size_t sent = 0;  // POST body bytes handed to libcurl so far
@@ -39,12 +41,30 @@ size_t OnBody(char* bytes, size_t size, size_t count, void* context) {
         const long status = Status(t.curl);
         t.statusOk = status >= 200 && status <= 299;
         t.statusKnown = true;
+        curl_off_t declared = -1;
+        if (t.statusOk && t.sink &&
+            curl_easy_getinfo(t.curl, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &declared) == CURLE_OK &&
+            declared >= 0)
+            t.sink->Expect(static_cast<std::size_t>(declared));
     }
     if (!t.statusOk) return 0;  // a failed status: the body is not wanted
     if (t.sink && !t.sink->Take(bytes, length)) {
         t.stoppedBySink = true;
         return 0;
     }
+    return length;
+}
+
+// A status line starts a response's head (a redirect's, then the next one's);
+// the empty line ends it. A head cut short leaves its status unconfirmed.
+size_t OnHeader(char* bytes, size_t size, size_t count, void* context) {
+    Transfer& t = *static_cast<Transfer*>(context);
+    const size_t length = size * count;
+    if (length >= 5 && std::memcmp(bytes, "HTTP/", 5) == 0)
+        t.headComplete = false;
+    else if ((length == 2 && bytes[0] == '\r' && bytes[1] == '\n') ||
+             (length == 1 && bytes[0] == '\n'))
+        t.headComplete = true;
     return length;
 }
 
@@ -72,6 +92,17 @@ size_t OnSend(char* buffer, size_t size, size_t count, void* context) {
         t.sent += n;
     }
     return written;
+}
+
+// Rewinds the POST body, for a redirect that repeats the POST.
+int OnSeek(void* context, curl_off_t offset, int origin) {
+    Transfer& t = *static_cast<Transfer*>(context);
+    const Request& r = *t.request;
+    if (origin != SEEK_SET || offset < 0 ||
+        static_cast<std::size_t>(offset) > r.prefixLength + r.dataLength)
+        return CURL_SEEKFUNC_CANTSEEK;
+    t.sent = static_cast<std::size_t>(offset);
+    return CURL_SEEKFUNC_OK;
 }
 
 }  // namespace
@@ -124,22 +155,31 @@ int Perform(const Request& request, BodySink* sink, bool* statusOk) {
     set(CURLOPT_LOW_SPEED_LIMIT, 1L);                    // fewer than 1 byte per second ...
     set(CURLOPT_LOW_SPEED_TIME, settings.stallSeconds);  // ... for this long fails
     set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_MAXREDIRS, 30L);  // a redirect loop ends instead of running on
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_WRITEFUNCTION, OnBody);
     set(CURLOPT_WRITEDATA, &t);
+    set(CURLOPT_HEADERFUNCTION, OnHeader);
+    set(CURLOPT_HEADERDATA, &t);
     if (request.post) {
         set(CURLOPT_POST, 1L);
         set(CURLOPT_READFUNCTION, OnSend);
         set(CURLOPT_READDATA, &t);
+        set(CURLOPT_SEEKFUNCTION, OnSeek);
+        set(CURLOPT_SEEKDATA, &t);
         set(CURLOPT_POSTFIELDSIZE_LARGE,
             static_cast<curl_off_t>(request.prefixLength + request.dataLength));
     }
+    // Large reads keep the per-read overhead of a big body small; a libcurl
+    // that refuses this size keeps its default.
+    curl_easy_setopt(curl, CURLOPT_BUFFERSIZE, 1024L * 1024L);
     if (code == CURLE_OK) code = curl_easy_perform(curl);
 
-    // A body that carried nothing still has a status to check.
+    // A body that carried nothing still has a status to check, once its head
+    // arrived whole.
     if (!t.statusKnown) {
         const long status = Status(curl);
-        t.statusOk = status >= 200 && status <= 299;
+        t.statusOk = t.headComplete && status >= 200 && status <= 299;
     }
     int result = 0;
     if (code == CURLE_OK)

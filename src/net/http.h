@@ -12,6 +12,9 @@ class BodySink {
   public:
     virtual ~BodySink() = default;
     virtual bool Take(const char* bytes, std::size_t length) = 0;
+    // The length the response declares for its body, told before the first
+    // bytes when there is one. Only a hint: the body may end sooner.
+    virtual void Expect(std::size_t length) { (void)length; }
     virtual bool StoppedEarlyIsSuccess() const { return false; }
 };
 

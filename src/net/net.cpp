@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -20,34 +21,73 @@ using selvora::net::BodySink;
 using selvora::net::Request;
 
 // The page as text: fixed 1023-byte slices from the start of the body, each
-// cut at its first NUL, gathered once and handed over at the end.
+// cut at its first NUL. The text goes straight into the caller's string, whose
+// buffer grows by doubling (no further than the declared length, when there is
+// one), so a large page costs one copy of its bytes.
 class PageSink : public BodySink {
   public:
+    explicit PageSink(OvString* out) : out_(out) {}
+
     bool Take(const char* bytes, std::size_t length) override {
+        if (!started_) Start();
         while (length > 0) {
-            const std::size_t n = std::min(length, kSlice - filled_);
-            std::memcpy(slice_ + filled_, bytes, n);
-            filled_ += n;
+            const std::size_t n = std::min(length, kSlice - inSlice_);
+            if (!cut_) {
+                const char* nul = static_cast<const char*>(std::memchr(bytes, '\0', n));
+                if (!Append(bytes, nul ? static_cast<std::size_t>(nul - bytes) : n)) return false;
+                cut_ = nul != nullptr;
+            }
+            inSlice_ += n;
             bytes += n;
             length -= n;
-            if (filled_ == kSlice) Flush();
+            if (inSlice_ == kSlice) {
+                inSlice_ = 0;
+                cut_ = false;
+            }
         }
         return true;
     }
-    const std::string& Text() {
-        Flush();
-        return text_;
+
+    void Expect(std::size_t length) override { declared_ = length; }
+
+    // A 2xx answer: the text is what the body gave, empty when it gave nothing.
+    void Finish() {
+        if (!started_) Start();
     }
 
   private:
     static constexpr std::size_t kSlice = 1023;
-    void Flush() {
-        text_.append(slice_, strnlen(slice_, filled_));
-        filled_ = 0;
+
+    void Start() {
+        started_ = true;
+        out_->Empty();
     }
-    char slice_[kSlice];
-    std::size_t filled_ = 0;
-    std::string text_;
+    bool Append(const char* bytes, std::size_t n) {
+        if (n == 0) return true;
+        const std::size_t needed = length_ + n + 1;
+        if (needed > static_cast<std::size_t>(INT_MAX)) return false;
+        const std::size_t allocated = static_cast<std::size_t>(out_->GetAllocLength());
+        if (needed > allocated) {
+            std::size_t grown = std::min<std::size_t>(2 * allocated, INT_MAX);
+            // Room for the whole declared body is enough; a body longer than
+            // it declared is cut off by the transfer anyway.
+            if (declared_ < grown) grown = declared_ + 1;
+            out_->AllocBuffer(static_cast<int>(std::max(needed, grown)));
+            if (static_cast<std::size_t>(out_->GetAllocLength()) < needed) return false;
+        }
+        char* text = reinterpret_cast<char*>(&(*out_)[0]);
+        std::memcpy(text + length_, bytes, n);
+        length_ += n;
+        text[length_] = '\0';
+        return true;
+    }
+
+    OvString* out_;
+    bool started_ = false;
+    bool cut_ = false;                 // the current slice has met its NUL
+    std::size_t inSlice_ = 0;          // bytes of the current slice seen so far
+    std::size_t length_ = 0;           // length of the text
+    std::size_t declared_ = SIZE_MAX;  // the body length the response declared
 };
 
 // The body into a new file beside the target, put in its place only when the
@@ -142,10 +182,12 @@ int OV_GetHtml(const char* url, OvString* out) {
     if (!url || !out) return 0;
     Request request;
     request.url = url;
-    PageSink page;
+    // On a 2xx status the text is what arrived, even when the transfer was cut
+    // short; on any other status the sink sees nothing and *out stays as it was.
+    PageSink page(out);
     bool statusOk = false;
     const int result = selvora::net::Perform(request, &page, &statusOk);
-    if (statusOk) *out = page.Text().c_str();  // what arrived, even when cut short
+    if (statusOk) page.Finish();
     return result;
 }
 
