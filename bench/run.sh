@@ -17,9 +17,10 @@ repetitions="${BENCH_REPETITIONS:-10}"
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release \
     -DSELVORA_BUILD_BENCHMARKS=ON -DSELVORA_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build" -j2 --target array_bench matrix_bench geometry_bench \
-    tessellation_bench
+    tessellation_bench net_bench image_bench
 
-for program in array_bench matrix_bench geometry_bench tessellation_bench; do
+for program in array_bench matrix_bench geometry_bench tessellation_bench net_bench \
+    image_bench; do
     echo
     "$build/bench/$program" \
         --benchmark_repetitions="$repetitions" \
@@ -27,7 +28,7 @@ for program in array_bench matrix_bench geometry_bench tessellation_bench; do
 done
 
 python3 - "$build/array_bench.json" "$build/matrix_bench.json" "$build/geometry_bench.json" \
-    "$build/tessellation_bench.json" <<'PY'
+    "$build/tessellation_bench.json" "$build/net_bench.json" "$build/image_bench.json" <<'PY'
 import json
 import sys
 
@@ -59,6 +60,10 @@ RATIOS = [
     ("BM_Line_PointSampleByStep/real_time", "BM_Line_HandLoopByStepZeroed/real_time", None),
     ("BM_ArcPointSample/real_time", "BM_ArcHandLoop/real_time", 1.2),
     ("BM_OvDoTessellation/real_time", "BM_TriangulateDirect/real_time", 1.05),
+    ("BM_CImage_LoadBmp/real_time", "BM_Stb_LoadBmp/real_time", 1.2),
+    ("BM_CImage_LoadTif/real_time", "BM_LibTiff_ScanlineLoop/real_time", 1.1),
+    ("BM_OvGetHtml/real_time", "BM_CurlToDevNull/real_time", 1.5),
+    ("BM_LoadSymbolInternet/real_time", "BM_CurlToDevNull/real_time", 1.5),
 ]
 
 def short(name):

@@ -1,0 +1,255 @@
+// Loading images with CImage against the usual ways of reading the same file:
+// a 4096 x 4096 24-bit BMP against stb_image's stbi_load, and an uncompressed
+// 4096 x 4096 RGB TIFF against a bare libtiff scanline loop. Both files are
+// written at start-up into a temporary directory and removed at exit. Each
+// way is checked once against the generated pixels before it is timed.
+#include <benchmark/benchmark.h>
+#include <tiffio.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "selvora/image/image.h"
+
+#define STB_IMAGE_IMPLEMENTATION
+#include <stb/stb_image.h>
+
+namespace {
+
+constexpr int kSide = 4096;
+constexpr std::size_t kRowBytes = std::size_t{kSide} * 3;
+
+// The picture, top row y = 0: random-looking, deterministic R, G, B per pixel.
+void PixelAt(int x, int y, unsigned char* rgb) {
+    std::uint32_t h =
+        static_cast<std::uint32_t>(x) * 0x9E3779B1u ^ static_cast<std::uint32_t>(y) * 0x85EBCA77u;
+    h ^= h >> 15;
+    h *= 0x2C1B3C6Du;
+    h ^= h >> 12;
+    rgb[0] = static_cast<unsigned char>(h);
+    rgb[1] = static_cast<unsigned char>(h >> 8);
+    rgb[2] = static_cast<unsigned char>(h >> 16);
+}
+
+// One picture row as R, G, B bytes.
+void PictureRow(int y, unsigned char* row) {
+    for (int x = 0; x < kSide; ++x) PixelAt(x, y, row + 3 * x);
+}
+
+void Put16(unsigned char* p, std::uint32_t v) {
+    p[0] = static_cast<unsigned char>(v);
+    p[1] = static_cast<unsigned char>(v >> 8);
+}
+
+void Put32(unsigned char* p, std::uint32_t v) {
+    Put16(p, v);
+    Put16(p + 2, v >> 16);
+}
+
+// Bottom-up 24-bit BMP, 40-byte information header. Rows of 4096 * 3 bytes
+// need no padding.
+bool WriteBmp(const std::string& path) {
+    unsigned char header[54] = {'B', 'M'};
+    const std::uint32_t dataBytes = static_cast<std::uint32_t>(kRowBytes * kSide);
+    Put32(header + 2, 54 + dataBytes);  // file size
+    Put32(header + 10, 54);             // pixel data offset
+    Put32(header + 14, 40);             // information header size
+    Put32(header + 18, kSide);          // width
+    Put32(header + 22, kSide);          // height: positive, bottom row first
+    Put16(header + 26, 1);              // planes
+    Put16(header + 28, 24);             // bits per pixel
+    Put32(header + 34, dataBytes);      // image size; compression and the rest stay 0
+    std::FILE* f = std::fopen(path.c_str(), "wb");
+    if (!f) return false;
+    bool ok = std::fwrite(header, sizeof header, 1, f) == 1;
+    std::vector<unsigned char> row(kRowBytes);
+    for (int y = kSide - 1; ok && y >= 0; --y) {
+        PictureRow(y, row.data());
+        for (std::size_t i = 0; i < kRowBytes; i += 3) std::swap(row[i], row[i + 2]);  // B, G, R
+        ok = std::fwrite(row.data(), kRowBytes, 1, f) == 1;
+    }
+    return std::fclose(f) == 0 && ok;
+}
+
+// Uncompressed, contiguous RGB, 8 bits per sample, 8 rows per strip.
+bool WriteTif(const std::string& path) {
+    TIFF* tif = TIFFOpen(path.c_str(), "w");
+    if (!tif) return false;
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(kSide));
+    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(kSide));
+    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    TIFFSetField(tif, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, 8);
+    std::vector<unsigned char> row(kRowBytes);
+    bool ok = true;
+    for (int y = 0; ok && y < kSide; ++y) {
+        PictureRow(y, row.data());
+        ok = TIFFWriteScanline(tif, row.data(), static_cast<std::uint32_t>(y), 0) == 1;
+    }
+    TIFFClose(tif);
+    return ok;
+}
+
+// The two files, written on first use into a fresh temporary directory.
+struct Files {
+    std::string dir, bmp, tif;
+    bool ok = false;
+
+    Files() {
+        const char* tmp = std::getenv("TMPDIR");
+        std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/image_bench-XXXXXX";
+        if (!mkdtemp(&pattern[0])) return;
+        dir = pattern;
+        bmp = dir + "/picture.bmp";
+        tif = dir + "/picture.tif";
+        ok = WriteBmp(bmp) && WriteTif(tif);
+    }
+    ~Files() {
+        if (dir.empty()) return;
+        std::remove(bmp.c_str());
+        std::remove(tif.c_str());
+        rmdir(dir.c_str());
+    }
+};
+
+const Files& TheFiles() {
+    static const Files files;
+    return files;
+}
+
+// True when `block` holds the picture: 4096 rows of R, G, B, the bottom row
+// first when `bottomFirst`, else the top row first.
+bool IsPicture(const unsigned char* block, bool bottomFirst) {
+    std::vector<unsigned char> row(kRowBytes);
+    for (int i = 0; i < kSide; ++i) {
+        PictureRow(bottomFirst ? kSide - 1 - i : i, row.data());
+        if (std::memcmp(block + i * kRowBytes, row.data(), kRowBytes) != 0) return false;
+    }
+    return true;
+}
+
+bool FilesReady(benchmark::State& state) {
+    if (TheFiles().ok) return true;
+    state.SkipWithError("could not write the test images");
+    return false;
+}
+
+// CImage::Load of `path`; false (and the benchmark skipped) unless it gives a
+// 4096 x 4096 block, and, when `checkPixels`, the picture bottom row first.
+bool LoadWithCImage(benchmark::State& state, const std::string& path, bool checkPixels) {
+    CImage image;
+    if (image.Load(path.c_str()) != 1) {
+        state.SkipWithError("CImage::Load failed");
+        return false;
+    }
+    const auto* bits = static_cast<const unsigned char*>(image.GetBitsPtr());
+    if (image.GetWidth() != kSide || image.GetHeight() != kSide || !bits) {
+        state.SkipWithError("CImage::Load gave the wrong size");
+        return false;
+    }
+    if (checkPixels && !IsPicture(bits, true)) {
+        state.SkipWithError("CImage::Load gave the wrong pixels");
+        return false;
+    }
+    return true;
+}
+
+void LoadLoop(benchmark::State& state, const std::string& path) {
+    if (!FilesReady(state) || !LoadWithCImage(state, path, true)) return;
+    for (auto _ : state) {
+        if (!LoadWithCImage(state, path, false)) break;
+    }
+}
+
+void BM_CImage_LoadBmp(benchmark::State& state) { LoadLoop(state, TheFiles().bmp); }
+BENCHMARK(BM_CImage_LoadBmp)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// stbi_load delivers the picture top row first, as R, G, B.
+bool LoadWithStb(benchmark::State& state, const std::string& path, bool checkPixels) {
+    int w = 0, h = 0, channels = 0;
+    unsigned char* pixels = stbi_load(path.c_str(), &w, &h, &channels, 3);
+    if (!pixels) {
+        state.SkipWithError("stbi_load failed");
+        return false;
+    }
+    const bool sizeOk = w == kSide && h == kSide;
+    const bool pixelsOk = !checkPixels || (sizeOk && IsPicture(pixels, false));
+    stbi_image_free(pixels);
+    if (!sizeOk || !pixelsOk) {
+        state.SkipWithError(sizeOk ? "stbi_load gave the wrong pixels"
+                                   : "stbi_load gave the wrong size");
+        return false;
+    }
+    return true;
+}
+
+void BM_Stb_LoadBmp(benchmark::State& state) {
+    if (!FilesReady(state) || !LoadWithStb(state, TheFiles().bmp, true)) return;
+    for (auto _ : state) {
+        if (!LoadWithStb(state, TheFiles().bmp, false)) break;
+    }
+}
+BENCHMARK(BM_Stb_LoadBmp)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_CImage_LoadTif(benchmark::State& state) { LoadLoop(state, TheFiles().tif); }
+BENCHMARK(BM_CImage_LoadTif)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The bare libtiff way to the same block: one scanline buffer, each row read
+// and copied to block row height - 1 - r.
+bool LoadWithLibTiff(benchmark::State& state, const std::string& path, bool checkPixels) {
+    TIFF* tif = TIFFOpen(path.c_str(), "r");
+    if (!tif) {
+        state.SkipWithError("TIFFOpen failed");
+        return false;
+    }
+    std::uint32_t w = 0, h = 0;
+    std::uint16_t bitsPerSample = 0, samplesPerPixel = 0, planar = 0;
+    TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &w);
+    TIFFGetField(tif, TIFFTAG_IMAGELENGTH, &h);
+    TIFFGetFieldDefaulted(tif, TIFFTAG_BITSPERSAMPLE, &bitsPerSample);
+    TIFFGetFieldDefaulted(tif, TIFFTAG_SAMPLESPERPIXEL, &samplesPerPixel);
+    TIFFGetFieldDefaulted(tif, TIFFTAG_PLANARCONFIG, &planar);
+    if (w != kSide || h != kSide || bitsPerSample != 8 || samplesPerPixel != 3 ||
+        planar != PLANARCONFIG_CONTIG) {
+        TIFFClose(tif);
+        state.SkipWithError("the TIFF file is not the one written");
+        return false;
+    }
+    const std::size_t rowBytes = std::size_t{w} * 3;
+    auto* block = static_cast<unsigned char*>(std::malloc(rowBytes * h));
+    auto* scanline = static_cast<unsigned char*>(_TIFFmalloc(TIFFScanlineSize(tif)));
+    bool ok = block && scanline;
+    for (std::uint32_t r = 0; ok && r < h; ++r) {
+        ok = TIFFReadScanline(tif, scanline, r, 0) == 1;
+        std::memcpy(block + (h - 1 - r) * rowBytes, scanline, rowBytes);
+    }
+    _TIFFfree(scanline);
+    TIFFClose(tif);
+    ok = ok && (!checkPixels || IsPicture(block, true));
+    benchmark::DoNotOptimize(block);
+    std::free(block);
+    if (!ok) state.SkipWithError("the libtiff scanline loop failed");
+    return ok;
+}
+
+void BM_LibTiff_ScanlineLoop(benchmark::State& state) {
+    if (!FilesReady(state) || !LoadWithLibTiff(state, TheFiles().tif, true)) return;
+    for (auto _ : state) {
+        if (!LoadWithLibTiff(state, TheFiles().tif, false)) break;
+    }
+}
+BENCHMARK(BM_LibTiff_ScanlineLoop)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();
