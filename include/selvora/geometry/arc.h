@@ -110,8 +110,15 @@ class SELVORA_API GArc : public ImplicitCurve {
     // Points of the start, end and middle angles. GetStart and GetEnd hide, on
     // purpose, Curve's virtual accessors of the stored end points, which stay
     // reachable through a Curve reference.
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Woverloaded-virtual"
+#endif
     Point3d GetStart();
     Point3d GetEnd();
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
     Point3d GetMidPoint();
 
     int operator==(GArc& other);
