@@ -1,6 +1,8 @@
-// Feeds arbitrary bytes to CImage::Load as a .bmp file. The reader takes a
-// path, so each input is written to an in-memory file (memfd) that is reached
-// through a symbolic link named input.bmp in a private directory (in $TMPDIR,
+// Feeds arbitrary bytes to CImage::Load as an image file; built once per
+// reader, with the file name (input.bmp or input.tif) and the image type a
+// successful load reports given at compile time. The reader takes a path, so
+// each input is written to an in-memory file (memfd) that is reached through
+// a symbolic link of that name in a private directory (in $TMPDIR,
 // else /tmp), created once per process and removed at exit. Every byte of a
 // loaded block is checked (see TouchBlock), so that a block smaller than the
 // reported size shows up as a heap overflow.
@@ -17,8 +19,8 @@
 
 namespace {
 
-constexpr char kName[] = "input.bmp";
-constexpr int kLoadedType = 2;
+constexpr char kName[] = SELVORA_FUZZ_FILE_NAME;
+constexpr int kLoadedType = SELVORA_FUZZ_LOADED_TYPE;
 
 std::string g_dir;
 std::string g_path;
