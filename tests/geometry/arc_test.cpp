@@ -23,8 +23,12 @@
 
 #include "selvora/selvora.h"
 #include "support/exact.h"
+#include "support/streams.h"
 
 namespace {
+
+using selvora_test::ExpectLittleEndianDoubles;
+using selvora_test::StreamBytes;
 
 using selvora_test::FromBits;
 
@@ -684,15 +688,6 @@ GArc RecordArc() {
     return arc;
 }
 
-std::vector<unsigned char> ReadAll(FILE* f) {
-    std::vector<unsigned char> bytes;
-    std::rewind(f);
-    int c;
-    while ((c = std::fgetc(f)) != EOF) bytes.push_back(static_cast<unsigned char>(c));
-    std::rewind(f);
-    return bytes;
-}
-
 TEST(GArcRecord, GoldenBytes) {
     FILE* f = std::tmpfile();
     ASSERT_NE(nullptr, f);
@@ -700,14 +695,7 @@ TEST(GArcRecord, GoldenBytes) {
     arc.GetStartPoint() = Point3d(9.0, 9.0, 9.0);  // not part of the record
     arc.Save(f);
     EXPECT_EQ(120L, std::ftell(f));
-    const std::vector<unsigned char> bytes = ReadAll(f);
-    ASSERT_EQ(120u, bytes.size());
-    for (int field = 0; field < 15; ++field) {
-        for (int k = 0; k < 8; ++k) {
-            const unsigned expected = static_cast<unsigned>((kRecordBits[field] >> (8 * k)) & 0xff);
-            EXPECT_EQ(expected, bytes[8 * field + k]) << "offset " << 8 * field + k;
-        }
-    }
+    ExpectLittleEndianDoubles(StreamBytes(f), kRecordBits, 15);
     std::fclose(f);
 }
 
@@ -755,7 +743,7 @@ TEST(GArcRecord, TruncatedStreamKeepsFieldsNotReached) {
     FILE* full = std::tmpfile();
     ASSERT_NE(nullptr, full);
     RecordArc().Save(full);
-    const std::vector<unsigned char> bytes = ReadAll(full);
+    const std::vector<unsigned char> bytes = StreamBytes(full);
     std::fclose(full);
     ASSERT_EQ(120u, bytes.size());
 

@@ -17,8 +17,12 @@
 
 #include "selvora/selvora.h"
 #include "support/exact.h"
+#include "support/streams.h"
 
 namespace {
+
+using selvora_test::ExpectLittleEndianDoubles;
+using selvora_test::StreamBytes;
 
 constexpr double kTwoPiF = 6.2831854820251465;
 
@@ -422,15 +426,6 @@ Circle RecordCircle() {
     return c;
 }
 
-std::vector<unsigned char> ReadAll(FILE* f) {
-    std::vector<unsigned char> bytes;
-    std::rewind(f);
-    int ch;
-    while ((ch = std::fgetc(f)) != EOF) bytes.push_back(static_cast<unsigned char>(ch));
-    std::rewind(f);
-    return bytes;
-}
-
 TEST(CircleRecord, GoldenBytes) {
     FILE* f = std::tmpfile();
     ASSERT_NE(nullptr, f);
@@ -438,14 +433,7 @@ TEST(CircleRecord, GoldenBytes) {
     c.GetEndPoint() = Point3d(9.0, 9.0, 9.0);  // not part of the record
     c.Save(f);
     EXPECT_EQ(72L, std::ftell(f));
-    const std::vector<unsigned char> bytes = ReadAll(f);
-    ASSERT_EQ(72u, bytes.size());
-    for (int field = 0; field < 9; ++field) {
-        for (int k = 0; k < 8; ++k) {
-            const unsigned expected = static_cast<unsigned>((kRecordBits[field] >> (8 * k)) & 0xff);
-            EXPECT_EQ(expected, bytes[8 * field + k]) << "offset " << 8 * field + k;
-        }
-    }
+    ExpectLittleEndianDoubles(StreamBytes(f), kRecordBits, 9);
     std::fclose(f);
 }
 
@@ -477,7 +465,7 @@ TEST(CircleRecord, TruncatedStreamKeepsFieldsNotReached) {
     FILE* full = std::tmpfile();
     ASSERT_NE(nullptr, full);
     RecordCircle().Save(full);
-    const std::vector<unsigned char> bytes = ReadAll(full);
+    const std::vector<unsigned char> bytes = StreamBytes(full);
     std::fclose(full);
     ASSERT_EQ(72u, bytes.size());
 

@@ -1,7 +1,10 @@
 // Temporary binary streams for the record tests.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -41,6 +44,19 @@ inline double DoubleAt(const std::vector<unsigned char>& bytes, std::size_t offs
     double d;
     std::memcpy(&d, bytes.data() + offset, sizeof d);
     return d;
+}
+
+// Expects bytes to hold exactly the doubles of these bit patterns, each as 8
+// little-endian bytes, one after the other.
+inline void ExpectLittleEndianDoubles(const std::vector<unsigned char>& bytes,
+                                      const std::uint64_t* bits, int count) {
+    ASSERT_EQ(static_cast<std::size_t>(count) * 8, bytes.size());
+    for (int field = 0; field < count; ++field) {
+        for (int k = 0; k < 8; ++k) {
+            const unsigned expected = static_cast<unsigned>((bits[field] >> (8 * k)) & 0xff);
+            EXPECT_EQ(expected, bytes[8 * field + k]) << "offset " << 8 * field + k;
+        }
+    }
 }
 
 }  // namespace selvora_test
