@@ -12,6 +12,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev libeigen3-dev
   libtriangle-dev triangle-bin libtiff-dev libcurl4-openssl-dev
   libpng-dev libstb-dev clang libclang-rt-14-dev
+  libcli11-dev doxygen python3
 )
 
 installed() {

@@ -1,0 +1,82 @@
+// selvora fetch and selvora matrix: the library's HTTP exchanges.
+#include <sys/stat.h>
+
+#include <selvora/selvora.h>
+#include <climits>
+#include <cstdio>
+#include <vector>
+
+#include "commands.h"
+
+namespace selvora_tool {
+
+namespace {
+
+// The library's download and post functions take writable address strings.
+std::vector<char> Writable(const std::string& text) {
+    return std::vector<char>(text.c_str(), text.c_str() + text.size() + 1);
+}
+
+bool ReadWholeFile(const std::string& path, std::vector<unsigned char>& bytes, std::string& error) {
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+        error = path + ": no such file";
+        return false;
+    }
+    if (info.st_size > INT_MAX) {
+        error = path + ": larger than the 2 GiB a request body can carry";
+        return false;
+    }
+    FILE* file = std::fopen(path.c_str(), "rb");
+    if (!file) {
+        error = path + ": cannot open";
+        return false;
+    }
+    bytes.resize(size_t(info.st_size));
+    const bool ok = std::fread(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    std::fclose(file);
+    if (!ok) error = path + ": cannot read";
+    return ok;
+}
+
+}  // namespace
+
+int RunFetch(const std::string& url, const std::string& outPath) {
+    if (outPath.empty()) {
+        OvString page;
+        if (!OV_GetHtml(url.c_str(), &page)) {
+            return Fail(url + ": no page (no answer, or a status other than 2xx)");
+        }
+        std::fwrite((const char*)page, 1, size_t(page.GetLength()), stdout);
+        return 0;
+    }
+    std::vector<char> address = Writable(url);
+    if (!LoadSymbolInternet(address.data(), address.data(), outPath.c_str())) {
+        return Fail(url + ": not downloaded to " + outPath +
+                    " (no answer, a status other than 2xx, or the file cannot be written)");
+    }
+    struct stat info;
+    const long long size = stat(outPath.c_str(), &info) == 0 ? info.st_size : -1;
+    std::printf("%s: %lld bytes written to %s\n", url.c_str(), size, outPath.c_str());
+    return 0;
+}
+
+int RunMatrix(const std::string& url, const std::string& dataPath) {
+    std::vector<unsigned char> data;
+    std::string error;
+    if (!ReadWholeFile(dataPath, data, error)) return Fail(error);
+    unsigned char none = 0;  // an empty body still needs a valid address
+    std::vector<char> address = Writable(url);
+    Matrix3d matrix;
+    if (!GetMatrixInternet(address.data(), address.data(), data.empty() ? &none : data.data(),
+                           int(data.size()), &matrix)) {
+        return Fail(url +
+                    ": no matrix (no answer, a status other than 2xx, or fewer than 128 bytes)");
+    }
+    for (const auto& row : matrix.m) {
+        std::printf("%.17g %.17g %.17g %.17g\n", row[0], row[1], row[2], row[3]);
+    }
+    return 0;
+}
+
+}  // namespace selvora_tool

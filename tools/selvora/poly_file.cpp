@@ -1,0 +1,238 @@
+#include "poly_file.h"
+
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+namespace selvora_tool {
+
+namespace {
+
+// The significant lines of a file: comments stripped, blank lines skipped,
+// each with its line number for messages.
+class LineReader {
+  public:
+    explicit LineReader(const std::string& path) : path_(path), file_(path) {}
+
+    bool IsOpen() const { return file_.is_open(); }
+
+    // The next line's words; false at the end of the file.
+    bool Next(std::vector<std::string>& words) {
+        std::string text;
+        while (std::getline(file_, text)) {
+            ++number_;
+            const size_t hash = text.find('#');
+            if (hash != std::string::npos) text.erase(hash);
+            std::istringstream split(text);
+            words.clear();
+            for (std::string w; split >> w;) words.push_back(w);
+            if (!words.empty()) return true;
+        }
+        ++number_;  // messages about a missing line name the one after the last
+        return false;
+    }
+
+    std::string Where() const { return path_ + ":" + std::to_string(number_) + ": "; }
+
+  private:
+    std::string path_;
+    std::ifstream file_;
+    int number_ = 0;
+};
+
+bool ParseInt(const std::string& word, long long low, long long high, long long& value) {
+    errno = 0;
+    char* end = nullptr;
+    const long long v = std::strtoll(word.c_str(), &end, 10);
+    if (errno != 0 || end == word.c_str() || *end != '\0' || v < low || v > high) return false;
+    value = v;
+    return true;
+}
+
+bool ParseCoordinate(const std::string& word, double& value) {
+    errno = 0;
+    char* end = nullptr;
+    const double v = std::strtod(word.c_str(), &end);
+    if (end == word.c_str() || *end != '\0' || !std::isfinite(v)) return false;
+    value = v;
+    return true;
+}
+
+// Reads the header line whose first word is a count; the others must be
+// numbers too. what names the list for messages.
+bool ReadCount(LineReader& in, const char* what, std::vector<std::string>& words, long long& count,
+               std::string& error) {
+    if (!in.Next(words)) {
+        error = in.Where() + "the file ends where the number of " + what + " should stand";
+        return false;
+    }
+    if (!ParseInt(words[0], 0, INT_MAX, count)) {
+        error = in.Where() + "\"" + words[0] + "\" is not a number of " + what;
+        return false;
+    }
+    return true;
+}
+
+bool ReadPoint(const std::vector<std::string>& words, LineReader& in, const char* what,
+               PlanePoint& p, std::string& error) {
+    if (words.size() < 3) {
+        error = in.Where() + "a " + what + " line needs a number and two coordinates";
+        return false;
+    }
+    if (!ParseCoordinate(words[1], p.x) || !ParseCoordinate(words[2], p.y)) {
+        error =
+            in.Where() + "the coordinates of " + what + " " + words[0] + " are not finite numbers";
+        return false;
+    }
+    return true;
+}
+
+// The vertex list: a header "count [dimension [attributes [markers]]]" and
+// one line per vertex. first becomes the number of the first vertex.
+bool ReadVertices(LineReader& in, PlanarGraph& graph, long long& first, bool& fromNodeFile,
+                  std::string& error) {
+    std::vector<std::string> words;
+    long long count;
+    if (!ReadCount(in, "vertices", words, count, error)) return false;
+    long long dimension = 2;
+    if (words.size() > 1 && (!ParseInt(words[1], 0, INT_MAX, dimension) || dimension != 2)) {
+        error = in.Where() + "only two-dimensional vertices can be triangulated (dimension " +
+                words[1] + ")";
+        return false;
+    }
+    fromNodeFile = count == 0;
+    for (long long i = 0; i < count; ++i) {
+        if (!in.Next(words)) {
+            error = in.Where() + "the file ends after " + std::to_string(i) + " of " +
+                    std::to_string(count) + " vertices";
+            return false;
+        }
+        long long number;
+        if (!ParseInt(words[0], LLONG_MIN, LLONG_MAX, number)) {
+            error = in.Where() + "\"" + words[0] + "\" is not a vertex number";
+            return false;
+        }
+        if (i == 0) {
+            if (number != 0 && number != 1) {
+                error =
+                    in.Where() + "vertices must be numbered from 0 or 1, the first is " + words[0];
+                return false;
+            }
+            first = number;
+        } else if (number != first + i) {
+            error = in.Where() + "vertex " + words[0] + " is out of order (expected " +
+                    std::to_string(first + i) + ")";
+            return false;
+        }
+        PlanePoint p;
+        if (!ReadPoint(words, in, "vertex", p, error)) return false;
+        graph.points.push_back(p);
+    }
+    return true;
+}
+
+bool ReadSegments(LineReader& in, PlanarGraph& graph, long long first, std::string& error) {
+    std::vector<std::string> words;
+    long long count;
+    if (!ReadCount(in, "segments", words, count, error)) return false;
+    const long long last = first + (long long)graph.points.size() - 1;
+    for (long long i = 0; i < count; ++i) {
+        if (!in.Next(words)) {
+            error = in.Where() + "the file ends after " + std::to_string(i) + " of " +
+                    std::to_string(count) + " segments";
+            return false;
+        }
+        if (words.size() < 3) {
+            error = in.Where() + "a segment line needs a number and two vertex numbers";
+            return false;
+        }
+        long long a, b;
+        if (!ParseInt(words[1], first, last, a) || !ParseInt(words[2], first, last, b)) {
+            error = in.Where() + "segment " + words[0] + " names a vertex other than " +
+                    std::to_string(first) + " to " + std::to_string(last) + " (" + words[1] + ", " +
+                    words[2] + ")";
+            return false;
+        }
+        graph.segments.push_back({int(a - first), int(b - first)});
+    }
+    return true;
+}
+
+bool ReadHoles(LineReader& in, PlanarGraph& graph, std::string& error) {
+    std::vector<std::string> words;
+    long long count;
+    if (!ReadCount(in, "holes", words, count, error)) return false;
+    for (long long i = 0; i < count; ++i) {
+        if (!in.Next(words)) {
+            error = in.Where() + "the file ends after " + std::to_string(i) + " of " +
+                    std::to_string(count) + " holes";
+            return false;
+        }
+        PlanePoint p;
+        if (!ReadPoint(words, in, "hole", p, error)) return false;
+        graph.holes.push_back(p);
+    }
+    return true;
+}
+
+std::string NodePathOf(const std::string& polyPath) {
+    const std::string suffix = ".poly";
+    if (polyPath.size() >= suffix.size() &&
+        polyPath.compare(polyPath.size() - suffix.size(), suffix.size(), suffix) == 0) {
+        return polyPath.substr(0, polyPath.size() - suffix.size()) + ".node";
+    }
+    return polyPath + ".node";
+}
+
+}  // namespace
+
+bool ReadPolyFile(const std::string& path, PlanarGraph& graph, std::string& error) {
+    graph = PlanarGraph();
+    LineReader in(path);
+    if (!in.IsOpen()) {
+        error = "cannot open " + path;
+        return false;
+    }
+    long long first = 0;
+    bool fromNodeFile = false;
+    if (!ReadVertices(in, graph, first, fromNodeFile, error)) return false;
+    if (fromNodeFile) {
+        const std::string nodePath = NodePathOf(path);
+        LineReader nodes(nodePath);
+        if (!nodes.IsOpen()) {
+            error = path + ": the vertices are in " + nodePath + ", which cannot be opened";
+            return false;
+        }
+        bool again = false;
+        if (!ReadVertices(nodes, graph, first, again, error)) return false;
+    }
+    return ReadSegments(in, graph, first, error) && ReadHoles(in, graph, error);
+}
+
+bool WritePolyFile(const std::string& path, const PlanarGraph& graph) {
+    FILE* file = std::fopen(path.c_str(), "w");
+    if (!file) return false;
+    std::fprintf(file, "# %zu vertices: number, x, y\n%zu 2 0 0\n", graph.points.size(),
+                 graph.points.size());
+    for (size_t i = 0; i < graph.points.size(); ++i) {
+        std::fprintf(file, "%zu %.17g %.17g\n", i, graph.points[i].x, graph.points[i].y);
+    }
+    std::fprintf(file, "# segments: number, first and second vertex\n%zu 0\n",
+                 graph.segments.size());
+    for (size_t i = 0; i < graph.segments.size(); ++i) {
+        std::fprintf(file, "%zu %d %d\n", i, graph.segments[i][0], graph.segments[i][1]);
+    }
+    std::fprintf(file, "# holes: number, x, y of a point inside\n%zu\n", graph.holes.size());
+    for (size_t i = 0; i < graph.holes.size(); ++i) {
+        std::fprintf(file, "%zu %.17g %.17g\n", i, graph.holes[i].x, graph.holes[i].y);
+    }
+    const bool ok = !std::ferror(file);
+    return std::fclose(file) == 0 && ok;
+}
+
+}  // namespace selvora_tool
