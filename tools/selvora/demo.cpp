@@ -172,11 +172,10 @@ int RunDemo(const std::string& outDir) {
     }
     if (int status = ArcDemo(dir)) return status;
     if (int status = TessellationDemo(dir)) return status;
-    std::printf("\nPictures: %s and %s\n", (dir / "arc.svg").c_str(),
+    std::printf("\nPictures: %s\n          %s\n", (dir / "arc.svg").c_str(),
                 (dir / "tessellation.svg").c_str());
-    std::printf("Files: %s (selvora records %s --as GArc), %s (selvora tessellate %s)\n",
-                (dir / "arc.rec").c_str(), (dir / "arc.rec").c_str(),
-                (dir / "outline.poly").c_str(), (dir / "outline.poly").c_str());
+    std::printf("Next:     selvora records %s --as GArc\n          selvora tessellate %s\n",
+                (dir / "arc.rec").c_str(), (dir / "outline.poly").c_str());
     return 0;
 }
 
