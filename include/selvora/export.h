@@ -1,6 +1,11 @@
-// Marks the classes and functions that form the library's binary interface.
+/// \file
+/// Marks the classes and functions that form the library's binary interface.
 #pragma once
 
+/// \def SELVORA_API
+/// Exports a class or function from the shared library (default visibility on
+/// ELF, dllexport/dllimport on Windows). Everything that carries it is part of
+/// the binary interface.
 #if defined(_WIN32)
 #if defined(SELVORA_BUILDING_LIBRARY)
 #define SELVORA_API __declspec(dllexport)
@@ -11,7 +16,10 @@
 #define SELVORA_API __attribute__((visibility("default")))
 #endif
 
-// Lets the compiler check printf-style arguments where it can.
+/// \def SELVORA_PRINTF(fmt, args)
+/// Lets the compiler check printf-style arguments where it can: \p fmt is the
+/// 1-based position of the format argument (counting `this`), \p args that of
+/// the first variadic one. Empty on compilers other than GCC and clang.
 #if defined(__GNUC__)
 #define SELVORA_PRINTF(fmt, args) __attribute__((format(printf, fmt, args)))
 #else

@@ -1,4 +1,6 @@
-// Selvora: the whole exported interface of libSelvora100_64.
+/// \file
+/// Selvora: the whole exported interface of libSelvora100_64. Including this
+/// one header brings in every class and function of the library.
 #pragma once
 
 #include "selvora/export.h"

@@ -1,27 +1,34 @@
-// Constrained Delaunay triangulation of a planar straight-line graph through
-// four process-wide buffers that the library owns.
+/// \file
+/// Constrained Delaunay triangulation of a planar straight-line graph through
+/// four process-wide buffers that the library owns.
 #pragma once
 
 #include "selvora/export.h"
 
 // What the buffers hold. Counts above these are refused.
-constexpr int OV_TESSELLATION_MAX_POINTS = 65536;     // x, y doubles
-constexpr int OV_TESSELLATION_MAX_SEGMENTS = 65536;   // two vertex indices each
-constexpr int OV_TESSELLATION_MAX_TRIANGLES = 65536;  // three vertex indices each
-constexpr int OV_TESSELLATION_MAX_HOLES = 3000;       // x, y of a seed inside each hole
 
-// Stores the addresses of the four buffers. They exist from library load to
-// unload and keep their addresses.
+/// Points the points buffer holds, as x, y doubles.
+constexpr int OV_TESSELLATION_MAX_POINTS = 65536;
+/// Segments the segments buffer holds, two vertex indices each.
+constexpr int OV_TESSELLATION_MAX_SEGMENTS = 65536;
+/// Triangles the triangles buffer holds, three vertex indices each.
+constexpr int OV_TESSELLATION_MAX_TRIANGLES = 65536;
+/// Hole seeds the holes buffer holds: x, y of a point inside each hole.
+constexpr int OV_TESSELLATION_MAX_HOLES = 3000;
+
+/// Stores the addresses of the four buffers. They exist from library load to
+/// unload and keep their addresses. A null argument is skipped; a buffer the
+/// library could not allocate at load comes back null.
 SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int** triangles,
                                           double** holes);
 
-// Triangulates the first numPoints points, numSegments segments and numHoles
-// hole seeds written into the buffers, with segments as constraints and holes
-// carved out. Returns the number of triangles whose zero-based corner indices
-// (counter-clockwise) now stand in the triangles buffer; 0 when a count is
-// above its capacity, a segment or hole count is negative, or the result
-// would not fit. Fewer than 3 points (a negative count included), running out
-// of memory, or an internal error of the triangulator reports on stderr and
-// ends the process with status 1.
-// Calls are serialised, but the buffers are shared by the whole process.
+/// Triangulates the first numPoints points, numSegments segments and numHoles
+/// hole seeds written into the buffers, with segments as constraints and holes
+/// carved out. Returns the number of triangles whose zero-based corner indices
+/// (counter-clockwise) now stand in the triangles buffer; 0 when a count is
+/// above its capacity, a segment or hole count is negative, or the result
+/// would not fit. Fewer than 3 points (a negative count included), running out
+/// of memory, or an internal error of the triangulator reports on stderr and
+/// ends the process with status 1.
+/// Calls are serialised, but the buffers are shared by the whole process.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
