@@ -202,7 +202,7 @@ class DemoTest(ToolCase):
         out = self.assertSucceeds(["demo"], cwd=self.tmp)
         for name in ["arc.svg", "tessellation.svg", "outline.poly", "arc.rec"]:
             self.assertTrue((self.tmp / "selvora-demo" / name).is_file(), name)
-        self.assertIn("selvora-demo/arc.svg\\n", out)
+        self.assertIn("selvora-demo/arc.svg\n", out)
 
     def test_folder_that_cannot_be_made(self):
         blocker = self.tmp / "plain-file"
