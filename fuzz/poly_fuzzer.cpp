@@ -1,0 +1,48 @@
+// Feeds arbitrary bytes to the selvora tool's .poly reader as a file, then
+// checks what it accepted: every segment names an existing vertex and every
+// coordinate is finite, as the triangulation step relies on.
+#include <unistd.h>
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "poly_file.h"
+
+namespace {
+
+std::string ScratchPath() {
+    const char* tmp = std::getenv("TMPDIR");
+    return std::string(tmp && *tmp ? tmp : "/tmp") + "/poly_fuzzer." + std::to_string(getpid()) +
+           ".poly";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const std::string path = ScratchPath();
+    FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file) return 0;
+    const bool written = std::fwrite(data, 1, size, file) == size;
+    if (std::fclose(file) != 0 || !written) return 0;
+
+    selvora_tool::PlanarGraph graph;
+    std::string error;
+    if (selvora_tool::ReadPolyFile(path, graph, error)) {
+        for (const auto& p : graph.points) {
+            if (!std::isfinite(p.x) || !std::isfinite(p.y)) std::abort();
+        }
+        for (const auto& s : graph.segments) {
+            for (int end : s) {
+                if (end < 0 || std::size_t(end) >= graph.points.size()) std::abort();
+            }
+        }
+    } else if (error.empty()) {
+        std::abort();  // a refusal always says why
+    }
+    std::remove(path.c_str());
+    return 0;
+}
