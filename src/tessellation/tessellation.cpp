@@ -1,9 +1,11 @@
 #include "selvora/tessellation/tessellation.h"
 
+#include <cmath>
 #include <cstring>
 #include <mutex>
 
 #include "module/module.h"
+#include "tessellation/coincident_points.h"
 #include "tessellation/fatal_errors.h"
 
 #define ANSI_DECLARATORS
@@ -17,6 +19,67 @@ namespace {
 std::mutex g_tessellationMutex;
 
 char kSwitches[] = "pzNPBQ";  // PSLG, zero-based, no vertex/segment/marker output, quiet
+
+// The triangulator's predicates are exact only while their products of up to
+// four coordinate differences stay finite, and its divide-and-conquer
+// recursion never ends when all points stand at one place (duplicates are
+// merged first, leaving one). Such input crashes or hangs it, so it is refused.
+bool TriangulatorCanTake(const double* xy, int numPoints) {
+    bool allAtOnePlace = true;
+    for (int i = 0; i < 2 * numPoints; ++i) {
+        if (!(std::fabs(xy[i]) <= OV_TESSELLATION_MAX_COORDINATE)) return false;  // NaN too
+        if (xy[i] != xy[i % 2]) allAtOnePlace = false;
+    }
+    return !allAtOnePlace;
+}
+
+// Runs the triangulator and copies the corners, renumbered by inputIndex, into
+// the triangles buffer when they fit. Returns their count, or 0.
+template <class Renumber>
+int Triangulate(double* xy, int numPoints, int* segments, int numSegments, double* holes,
+                int numHoles, Renumber inputIndex) {
+    triangulateio in;
+    std::memset(&in, 0, sizeof in);
+    in.pointlist = xy;
+    in.numberofpoints = numPoints;
+    in.segmentlist = segments;
+    in.numberofsegments = numSegments;
+    in.holelist = numHoles > 0 ? holes : nullptr;
+    in.numberofholes = numHoles;
+
+    // The triangulator allocates the output list itself: a result can hold
+    // more triangles than the buffer (up to about twice the vertices, plus
+    // vertices added where segments cross), and it is copied over only when
+    // it fits.
+    triangulateio out;
+    std::memset(&out, 0, sizeof out);
+    try {
+        triangulate(kSwitches, &in, &out, nullptr);
+    } catch (...) {
+        trifree(out.trianglelist);
+        return 0;
+    }
+
+    int count = out.numberoftriangles;
+    if (count < 0 || count > OV_TESSELLATION_MAX_TRIANGLES || (count > 0 && !out.trianglelist)) {
+        count = 0;
+    } else {
+        int* corners = selvora::Buffers().triangles;
+        for (size_t k = 0; k < 3 * static_cast<size_t>(count); ++k) {
+            corners[k] = inputIndex(out.trianglelist[k]);
+        }
+    }
+    trifree(out.trianglelist);
+    trifree(out.triangleattributelist);
+    trifree(out.neighborlist);
+    trifree(out.pointlist);
+    trifree(out.pointmarkerlist);
+    trifree(out.segmentlist);
+    trifree(out.segmentmarkerlist);
+    trifree(out.edgelist);
+    trifree(out.edgemarkerlist);
+    return count;
+}
 
 }  // namespace
 
@@ -39,45 +102,17 @@ int OV_doTessellation(int numPoints, int numSegments, int numHoles) {
     // The triangulator's own first check of its input, made before calling
     // it, so that it reports like every other fatal condition.
     if (numPoints < 3) selvora::Die(selvora::FatalKind::kExit, "transfernodes", 1);
+    if (!TriangulatorCanTake(b.points, numPoints)) return 0;
 
     std::lock_guard<std::mutex> lock(g_tessellationMutex);
-
-    triangulateio in;
-    std::memset(&in, 0, sizeof in);
-    in.pointlist = b.points;
-    in.numberofpoints = numPoints;
-    in.segmentlist = b.segments;
-    in.numberofsegments = numSegments;
-    in.holelist = numHoles > 0 ? b.holes : nullptr;
-    in.numberofholes = numHoles;
-
-    // The triangulator allocates the output list itself: a result can hold
-    // more triangles than the buffer (up to about twice the vertices, plus
-    // vertices added where segments cross), and it is copied over only when
-    // it fits.
-    triangulateio out;
-    std::memset(&out, 0, sizeof out);
-    try {
-        triangulate(kSwitches, &in, &out, nullptr);
-    } catch (...) {
-        trifree(out.trianglelist);
-        return 0;
+    if (!selvora::SegmentEndHasTwin(b.points, numPoints, b.segments, numSegments)) {
+        return Triangulate(b.points, numPoints, b.segments, numSegments, b.holes, numHoles,
+                           [](int corner) { return corner; });
     }
-
-    int count = out.numberoftriangles;
-    if (count < 0 || count > OV_TESSELLATION_MAX_TRIANGLES || (count > 0 && !out.trianglelist)) {
-        count = 0;
-    } else if (count > 0) {
-        std::memcpy(b.triangles, out.trianglelist, sizeof(int) * 3 * static_cast<size_t>(count));
-    }
-    trifree(out.trianglelist);
-    trifree(out.triangleattributelist);
-    trifree(out.neighborlist);
-    trifree(out.pointlist);
-    trifree(out.pointmarkerlist);
-    trifree(out.segmentlist);
-    trifree(out.segmentmarkerlist);
-    trifree(out.edgelist);
-    trifree(out.edgemarkerlist);
-    return count;
+    selvora::MergedInput merged =
+        selvora::MergeCoincidentPoints(b.points, numPoints, b.segments, numSegments);
+    if (merged.Points() < 3) return 0;  // two places: no triangle
+    return Triangulate(merged.xy.data(), merged.Points(), merged.segments.data(), numSegments,
+                       b.holes, numHoles,
+                       [&](int corner) { return merged.InputIndex(corner, numPoints); });
 }

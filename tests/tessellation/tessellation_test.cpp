@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <random>
 #include <set>
 #include <sstream>
@@ -477,6 +478,195 @@ TEST(TessellationShapes, InputBuffersAreLeftForTheNextCall) {
     const Buffers b = GetBuffers();
     EXPECT_TRUE(std::equal(g.xy.begin(), g.xy.end(), b.points));
     EXPECT_TRUE(std::equal(g.segments.begin(), g.segments.end(), b.segments));
+}
+
+// --- Input the triangulator cannot take ----------------------------------------
+
+// A triangle whose vertex `bad` gets coordinate value v in x or y.
+Pslg TriangleWith(int bad, bool inY, double v) {
+    Pslg g;
+    g.AddPoint(0, 0);
+    g.AddPoint(4, 0);
+    g.AddPoint(1, 3);
+    g.AddLoop(0, 3);
+    g.xy[2 * static_cast<size_t>(bad) + (inY ? 1 : 0)] = v;
+    return g;
+}
+
+TEST(TessellationRefusals, NonFiniteCoordinatesGiveZero) {
+    const double inf = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (double v : {nan, inf, -inf}) {
+        for (int bad = 0; bad < 3; ++bad) {
+            for (bool inY : {false, true}) {
+                SCOPED_TRACE(testing::Message() << v << " at " << bad << (inY ? " y" : " x"));
+                MarkTriangles();
+                EXPECT_EQ(Tessellate(TriangleWith(bad, inY, v)), 0);
+                EXPECT_TRUE(TrianglesUntouched());
+            }
+        }
+    }
+}
+
+TEST(TessellationRefusals, CoordinatesBeyondTheLimitGiveZero) {
+    EXPECT_EQ(OV_TESSELLATION_MAX_COORDINATE, 1e75);
+    const double above = std::nextafter(1e75, 2e75);
+    for (double v : {above, -above, 1e300, -std::numeric_limits<double>::max()}) {
+        SCOPED_TRACE(v);
+        EXPECT_EQ(Tessellate(TriangleWith(2, false, v)), 0);
+        EXPECT_EQ(Tessellate(TriangleWith(1, true, v)), 0);
+    }
+}
+
+TEST(TessellationRefusals, CoordinatesAtTheLimitAreTriangulated) {
+    Pslg g;
+    g.AddPoint(-1e75, -1e75);
+    g.AddPoint(1e75, -1e75);
+    g.AddPoint(1e75, 1e75);
+    g.AddPoint(-1e75, 1e75);
+    g.AddLoop(0, 4);
+    ASSERT_EQ(Tessellate(g), 2);
+    for (const Corners& t : ReadTriangles(2)) EXPECT_GT(Area2(g, t), 0);
+}
+
+// Random points and crossing segments spread over the whole allowed range,
+// inside the square of the limit: the triangulator must come back with a
+// valid result every time (beyond the limit such graphs crash it).
+TEST(TessellationRefusals, RandomGraphsAtTheLimitAreTriangulated) {
+    for (unsigned seed = 1; seed <= 30; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937_64 rng(seed);
+        std::uniform_real_distribution<double> unit(-1, 1);
+        Pslg g;
+        g.AddRectangle(-1e75, -1e75, 1e75, 1e75);
+        for (int i = 0; i < 40; ++i) g.AddPoint(unit(rng) * 1e75, unit(rng) * 1e75);
+        for (int i = 0; i < 10; ++i) g.AddSegment(4 + int(rng() % 40), 4 + int(rng() % 40));
+        const int count = Tessellate(g);
+        ASSERT_GE(count, 2 * g.Points() - 6);  // crossings only add triangles
+        for (const Corners& t : ReadTriangles(count)) {
+            for (int v : t) ASSERT_GE(v, 0);
+        }
+    }
+}
+
+TEST(TessellationRefusals, AllPointsAtOnePlaceGiveZero) {
+    for (int n : {3, 4, 100}) {
+        for (double x : {0.0, -0.0, 5.0, -1e-300}) {
+            SCOPED_TRACE(testing::Message() << n << " points at " << x);
+            Pslg g;
+            for (int i = 0; i < n; ++i) g.AddPoint(i % 2 ? x : -x, x);  // -0 == 0
+            g.AddLoop(0, 3);
+            MarkTriangles();
+            EXPECT_EQ(Tessellate(g), 0);
+            EXPECT_TRUE(TrianglesUntouched());
+        }
+    }
+}
+
+// --- Points at the same place ------------------------------------------------
+
+TEST(TessellationTwins, RepeatedPointsBesideOthersAreTaken) {
+    // Five copies of the origin and two more corners, the loop closed through
+    // two different copies: one triangle, named by the first copy.
+    Pslg g;
+    for (int i = 0; i < 5; ++i) g.AddPoint(0, 0);
+    g.AddPoint(1, 0);
+    g.AddPoint(0, 1);
+    g.AddSegment(0, 5);
+    g.AddSegment(5, 6);
+    g.AddSegment(6, 4);
+    ASSERT_EQ(Tessellate(g), 1);
+    const Corners t = ReadTriangles(1)[0];
+    EXPECT_GT(Area2(g, t), 0);
+    EXPECT_EQ(Canonical({t}), (std::vector<Corners>{{0, 5, 6}}));
+}
+
+TEST(TessellationTwins, TwoPlacesAmongThreePointsGiveZeroEveryTime) {
+    // Segments ending at both copies of a place: before merging, this crashed
+    // the triangulator once a previous call had left memory behind.
+    Pslg h;
+    h.AddPoint(0, 0);
+    h.AddPoint(0, 0);
+    h.AddPoint(0, 1);
+    h.AddLoop(0, 3);
+    for (int round = 0; round < 50; ++round) {
+        ASSERT_EQ(Tessellate(SquareWithInteriorPoints(20, round)), 2 * 24 - 6);
+        ASSERT_EQ(Tessellate(h), 0);
+    }
+}
+
+TEST(TessellationTwins, ClosedOutlineRepeatingItsFirstPoint) {
+    // A square written as a closed polyline: the last point repeats the first.
+    Pslg g;
+    g.AddPoint(0, 0);
+    g.AddPoint(10, 0);
+    g.AddPoint(10, 10);
+    g.AddPoint(0, 10);
+    g.AddPoint(0, 0);
+    for (int i = 0; i < 4; ++i) g.AddSegment(i, i + 1);
+    // A square hole the same way, at -0 in one coordinate of its repeat.
+    const int hole = g.AddPoint(3, 3);
+    g.AddPoint(7, 3);
+    g.AddPoint(7, 7);
+    g.AddPoint(3, 7);
+    g.AddPoint(3, 3);
+    for (int i = 0; i < 4; ++i) g.AddSegment(hole + i, hole + i + 1);
+    g.AddHole(5, 5);
+
+    Pslg plain;  // the same rings without the repeats
+    plain.AddRectangle(0, 0, 10, 10);
+    plain.AddRectangle(3, 3, 7, 7);
+    plain.AddHole(5, 5);
+    const int expected = Tessellate(plain);
+    ASSERT_EQ(expected, 8);
+    std::vector<Corners> renumbered = ReadTriangles(expected);
+    for (Corners& t : renumbered) {
+        for (int& v : t) v = v < 4 ? v : v + 1;  // plain's inner corners sit one later in g
+    }
+
+    ASSERT_EQ(Tessellate(g), expected);
+    EXPECT_EQ(Canonical(ReadTriangles(expected)), Canonical(renumbered));
+}
+
+TEST(TessellationTwins, MinusZeroIsTheSamePlace) {
+    Pslg g;
+    g.AddPoint(0, 0);
+    g.AddPoint(-0.0, 0);
+    g.AddPoint(1, 0);
+    g.AddPoint(0, -0.0 + 1);
+    g.AddSegment(1, 2);
+    g.AddSegment(2, 3);
+    g.AddSegment(3, 0);
+    ASSERT_EQ(Tessellate(g), 1);
+    EXPECT_EQ(Canonical(ReadTriangles(1)), (std::vector<Corners>{{0, 2, 3}}));
+}
+
+TEST(TessellationTwins, AddedPointsFollowTheInputPoints) {
+    // A square with its first corner repeated and both diagonals: they cross
+    // at the centre, which the triangulator adds and numbers after all five
+    // input points.
+    Pslg g;
+    g.AddRectangle(0, 0, 2, 2);
+    g.AddPoint(0, 0);
+    g.AddSegment(4, 2);  // a diagonal from the repeated corner
+    g.AddSegment(1, 3);
+    ASSERT_EQ(Tessellate(g), 4);
+    std::set<int> corners;
+    for (const Corners& t : ReadTriangles(4)) corners.insert(t.begin(), t.end());
+    EXPECT_EQ(corners, (std::set<int>{0, 1, 2, 3, 5}));
+}
+
+TEST(TessellationTwins, SegmentEndsNamingNoPointAreStillSkipped) {
+    Pslg g;
+    g.AddRectangle(0, 0, 1, 1);
+    g.AddPoint(1, 1);  // a twin of corner 2, so the input is merged
+    g.AddSegment(4, 0);
+    g.AddSegment(0, 99);
+    g.AddSegment(-1, 2);
+    ASSERT_EQ(Tessellate(g), 2);
+    for (const Corners& t : ReadTriangles(2)) {
+        for (int v : t) EXPECT_TRUE(v >= 0 && v < 4) << v;
+    }
 }
 
 // --- Buffers and capacities --------------------------------------------------

@@ -15,6 +15,9 @@ constexpr int OV_TESSELLATION_MAX_SEGMENTS = 65536;
 constexpr int OV_TESSELLATION_MAX_TRIANGLES = 65536;
 /// Hole seeds the holes buffer holds: x, y of a point inside each hole.
 constexpr int OV_TESSELLATION_MAX_HOLES = 3000;
+/// The largest magnitude of a point coordinate that is triangulated: beyond it
+/// the triangulator's exact arithmetic would overflow.
+constexpr double OV_TESSELLATION_MAX_COORDINATE = 1e75;
 
 /// Stores the addresses of the four buffers. They exist from library load to
 /// unload and keep their addresses. A null argument is skipped; a buffer the
@@ -26,9 +29,17 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 /// hole seeds written into the buffers, with segments as constraints and holes
 /// carved out. Returns the number of triangles whose zero-based corner indices
 /// (counter-clockwise) now stand in the triangles buffer; 0 when a count is
-/// above its capacity, a segment or hole count is negative, or the result
-/// would not fit. Fewer than 3 points (a negative count included), running out
-/// of memory, or an internal error of the triangulator reports on stderr and
-/// ends the process with status 1.
-/// Calls are serialised, but the buffers are shared by the whole process.
+/// above its capacity, a segment or hole count is negative, a point coordinate
+/// is NaN or beyond ±OV_TESSELLATION_MAX_COORDINATE, all points are the same
+/// point, or the result would not fit.
+///
+/// Points at the same place count once: triangles name one of them (the
+/// first, when a segment ends at that place).
+/// Where segments cross, points are added; they are numbered after the input
+/// points and their coordinates are not returned.
+///
+/// Fewer than 3 points (a negative count included), running out of memory, or
+/// an internal error of the triangulator reports on stderr and ends the
+/// process with status 1. Calls are serialised, but the buffers are shared by
+/// the whole process.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
