@@ -86,6 +86,12 @@ def read_poly(path):
 
 def triangle_count(poly, workdir):
     """The triangle program's count for a copy of poly (and its .node)."""
+    return len(triangle_corners(poly, workdir))
+
+
+def triangle_corners(poly, workdir):
+    """The triangle program's triangles (zero-based corners) for a copy of
+    poly (and its .node)."""
     poly = pathlib.Path(poly)
     work = pathlib.Path(workdir) / "triangle-run"
     work.mkdir(exist_ok=True)
@@ -97,7 +103,9 @@ def triangle_count(poly, workdir):
         [os.environ["TRIANGLE_PROGRAM"], "-pzQ", poly.name], cwd=work, check=True, timeout=60
     )
     ele = (work / poly.name).with_suffix(".1.ele")
-    return int(ele.read_text().split()[0])
+    lines = [l.split() for l in ele.read_text().splitlines() if l.strip() and l[0] != "#"]
+    count = int(lines[0][0])
+    return [tuple(int(v) for v in l[1:4]) for l in lines[1 : 1 + count]]
 
 
 def floats_in(text):
@@ -264,6 +272,37 @@ class TessellateTest(ToolCase):
         expected = triangle_count(path, self.tmp)
         out = self.assertSucceeds(["tessellate", path, "-o", self.tmp / "cloud.svg"])
         self.assertIn(f"\n{expected} triangles\n", out)
+
+    def test_crossing_segments_add_points(self):
+        # A square, and inside it two segments crossing at (2, 2): the
+        # triangulator adds the crossing, numbered after the eight points.
+        path = self.poly(
+            "cross.poly",
+            "8 2 0 0\n0 0 0\n1 4 0\n2 4 4\n3 0 4\n4 1 1\n5 3 3\n6 1 3\n7 3 1\n"
+            "6 0\n0 0 1\n1 1 2\n2 2 3\n3 3 0\n4 4 5\n5 6 7\n0\n",
+        )
+        corners = triangle_corners(path, self.tmp)
+        hidden = sum(1 for t in corners if max(t) >= 8)
+        self.assertEqual(hidden, 4)
+        out = self.assertSucceeds(["tessellate", path, "-o", self.tmp / "cross.svg"])
+        self.assertIn(f"\n{len(corners)} triangles\n{hidden} of them use points added", out)
+        drawn = svg_elements(self.tmp / "cross.svg", "triangles", "polygon", "triangle")
+        self.assertEqual(len(drawn), len(corners) - hidden)
+
+    def test_points_at_one_place_and_repeated_points(self):
+        same = self.poly("same.poly", "3 2\n0 5 5\n1 5 5\n2 5 5\n3 0\n0 0 1\n1 1 2\n2 2 0\n0\n")
+        out = self.assertSucceeds(["tessellate", same, "-o", self.tmp / "same.svg"])
+        self.assertIn("\n0 triangles\n", out)
+        # A closed outline repeating its first point: the repeat is merged.
+        closed = self.poly(
+            "closed.poly", "5 2\n0 0 0\n1 4 0\n2 4 4\n3 0 4\n4 0 0\n4 0\n0 0 1\n1 1 2\n2 2 3\n3 3 4\n0\n"
+        )
+        out = self.assertSucceeds(["tessellate", closed, "-o", self.tmp / "closed.svg"])
+        self.assertIn("\n2 triangles\n", out)
+
+    def test_coordinates_beyond_the_limit(self):
+        path = self.poly("huge.poly", "3 2\n0 0 0\n1 1.0000000000000001e76 0\n2 0 1\n0\n0\n")
+        self.assertFailsClearly(["tessellate", path], "point 1 lies beyond", "1e75")
 
     MALFORMED = [
         # (file text, line named, phrase)

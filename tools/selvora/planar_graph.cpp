@@ -1,6 +1,7 @@
 #include "planar_graph.h"
 
 #include <selvora/selvora.h>
+#include <cmath>
 
 namespace selvora_tool {
 
@@ -29,6 +30,15 @@ bool CheckCounts(const PlanarGraph& graph, std::string& error) {
                 Count(OV_TESSELLATION_MAX_HOLES) + " the buffer holds";
         return false;
     }
+    for (size_t i = 0; i < points; ++i) {
+        const PlanePoint& p = graph.points[i];
+        if (!(std::fabs(p.x) <= OV_TESSELLATION_MAX_COORDINATE &&
+              std::fabs(p.y) <= OV_TESSELLATION_MAX_COORDINATE)) {
+            error = "point " + Count(i) + " lies beyond the coordinates the triangulator takes (" +
+                    "magnitudes up to 1e75)";
+            return false;
+        }
+    }
     for (size_t i = 0; i < graph.segments.size(); ++i) {
         for (int end : graph.segments[i]) {
             if (end < 0 || size_t(end) >= points) {
@@ -42,6 +52,13 @@ bool CheckCounts(const PlanarGraph& graph, std::string& error) {
 }
 
 }  // namespace
+
+bool UsesAddedPoints(const PlanarGraph& graph, const TriangleCorners& t) {
+    for (int corner : t) {
+        if (corner < 0 || size_t(corner) >= graph.points.size()) return true;
+    }
+    return false;
+}
 
 bool Triangulate(const PlanarGraph& graph, std::vector<TriangleCorners>& triangles,
                  std::string& error) {
@@ -100,6 +117,7 @@ bool WriteTriangulationSvg(const std::string& path, const std::string& title,
 
     svg.BeginGroup("triangles");
     for (const TriangleCorners& t : triangles) {
+        if (UsesAddedPoints(graph, t)) continue;  // no coordinates to draw it with
         svg.Polygon({graph.points[t[0]], graph.points[t[1]], graph.points[t[2]]}, "triangle");
     }
     svg.EndGroup();

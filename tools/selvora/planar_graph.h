@@ -25,8 +25,13 @@ using TriangleCorners = std::array<int, 3>;
 bool Triangulate(const PlanarGraph& graph, std::vector<TriangleCorners>& triangles,
                  std::string& error);
 
-// The triangles filled, the input segments drawn over them, the hole seeds
-// and the points marked.
+// Where segments cross, the triangulator adds points, numbered after the
+// input's; their coordinates are not handed back, so triangles using them
+// cannot be drawn.
+bool UsesAddedPoints(const PlanarGraph& graph, const TriangleCorners& t);
+
+// The triangles filled (those without added points), the input segments drawn
+// over them, the hole seeds and the points marked.
 bool WriteTriangulationSvg(const std::string& path, const std::string& title,
                            const PlanarGraph& graph, const std::vector<TriangleCorners>& triangles);
 

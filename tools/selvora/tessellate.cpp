@@ -43,6 +43,14 @@ int RunTessellate(const std::string& polyPath, const std::string& svgPath) {
                 Counted(graph.segments.size(), "segment").c_str(),
                 Counted(graph.holes.size(), "hole").c_str());
     std::printf("%s\n", Counted(triangles.size(), "triangle").c_str());
+    size_t hidden = 0;
+    for (const TriangleCorners& t : triangles) hidden += UsesAddedPoints(graph, t) ? 1 : 0;
+    if (hidden > 0) {
+        std::printf(
+            "%zu of them use points added where segments cross, whose coordinates the library "
+            "does not return: they are left out of the picture\n",
+            hidden);
+    }
     std::printf("picture: %s\n", out.c_str());
     return 0;
 }
