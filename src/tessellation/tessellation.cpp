@@ -5,8 +5,8 @@
 #include <mutex>
 
 #include "module/module.h"
-#include "tessellation/coincident_points.h"
 #include "tessellation/fatal_errors.h"
+#include "tessellation/triangulator_input.h"
 
 #define ANSI_DECLARATORS
 #define REAL double
@@ -21,13 +21,20 @@ std::mutex g_tessellationMutex;
 char kSwitches[] = "pzNPBQ";  // PSLG, zero-based, no vertex/segment/marker output, quiet
 
 // The triangulator's predicates are exact only while their products of up to
-// four coordinate differences stay finite, and its divide-and-conquer
-// recursion never ends when all points stand at one place (duplicates are
-// merged first, leaving one). Such input crashes or hangs it, so it is refused.
+// four coordinate differences neither overflow nor underflow, and its
+// divide-and-conquer recursion never ends when all points stand at one place
+// (duplicates are merged first, leaving one). Such input crashes or hangs it,
+// so it is refused.
+bool InRange(double v) {
+    const double size = std::fabs(v);  // NaN fails both comparisons
+    return v == 0.0 ||
+           (size >= OV_TESSELLATION_MIN_COORDINATE && size <= OV_TESSELLATION_MAX_COORDINATE);
+}
+
 bool TriangulatorCanTake(const double* xy, int numPoints) {
     bool allAtOnePlace = true;
     for (int i = 0; i < 2 * numPoints; ++i) {
-        if (!(std::fabs(xy[i]) <= OV_TESSELLATION_MAX_COORDINATE)) return false;  // NaN too
+        if (!InRange(xy[i])) return false;
         if (xy[i] != xy[i % 2]) allAtOnePlace = false;
     }
     return !allAtOnePlace;
@@ -105,14 +112,10 @@ int OV_doTessellation(int numPoints, int numSegments, int numHoles) {
     if (!TriangulatorCanTake(b.points, numPoints)) return 0;
 
     std::lock_guard<std::mutex> lock(g_tessellationMutex);
-    if (!selvora::SegmentEndHasTwin(b.points, numPoints, b.segments, numSegments)) {
-        return Triangulate(b.points, numPoints, b.segments, numSegments, b.holes, numHoles,
-                           [](int corner) { return corner; });
-    }
-    selvora::MergedInput merged =
-        selvora::MergeCoincidentPoints(b.points, numPoints, b.segments, numSegments);
-    if (merged.Points() < 3) return 0;  // two places: no triangle
-    return Triangulate(merged.xy.data(), merged.Points(), merged.segments.data(), numSegments,
-                       b.holes, numHoles,
-                       [&](int corner) { return merged.InputIndex(corner, numPoints); });
+    selvora::TriangulatorInput input(b.points, numPoints, b.segments, numSegments, b.holes,
+                                     numHoles);
+    if (input.NumPoints() < 3) return 0;  // two places: no triangle
+    return Triangulate(input.Points(), input.NumPoints(), input.Segments(), input.NumSegments(),
+                       input.Holes(), input.NumHoles(),
+                       [&](int corner) { return input.InputIndex(corner); });
 }

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -666,6 +668,123 @@ TEST(TessellationTwins, SegmentEndsNamingNoPointAreStillSkipped) {
     ASSERT_EQ(Tessellate(g), 2);
     for (const Corners& t : ReadTriangles(2)) {
         for (int v : t) EXPECT_TRUE(v >= 0 && v < 4) << v;
+    }
+}
+
+// --- Graphs the triangulator mishandles ----------------------------------------
+
+TEST(TessellationRefusals, CoordinatesNearerToZeroThanTheLimitGiveZero) {
+    EXPECT_EQ(OV_TESSELLATION_MIN_COORDINATE, 1e-60);
+    const double below = std::nextafter(1e-60, 0.0);
+    for (double v : {below, -below, 1e-300, 5e-324}) {
+        SCOPED_TRACE(v);
+        EXPECT_EQ(Tessellate(TriangleWith(2, false, v)), 0);
+    }
+    // Zero and the limit itself are taken.
+    Pslg g;
+    g.AddPoint(0, 0);
+    g.AddPoint(1e-60, -0.0);
+    g.AddPoint(0, 1e-60);
+    g.AddLoop(0, 3);
+    EXPECT_EQ(Tessellate(g), 1);
+}
+
+Pslg FromLists(std::vector<double> xy, std::vector<int> segments, std::vector<double> holes = {}) {
+    Pslg g;
+    g.xy = std::move(xy);
+    g.segments = std::move(segments);
+    g.holeSeeds = std::move(holes);
+    return g;
+}
+
+TEST(TessellationMishandled, RepeatedSegmentIsTakenOnce) {
+    // Crossing segments with one given twice: the triangulator alone loops
+    // forever on this graph.
+    const std::vector<double> xy = {0, 2, 2, 0, 2, 3, 3, 3, 0, 3, 2, 1};
+    const Pslg twice = FromLists(xy, {3, 0, 2, 1, 1, 4, 1, 4});
+    const Pslg once = FromLists(xy, {3, 0, 2, 1, 1, 4});
+    const int expected = Tessellate(once);
+    ASSERT_GT(expected, 0);
+    const std::vector<Corners> triangles = Canonical(ReadTriangles(expected));
+    ASSERT_EQ(Tessellate(twice), expected);
+    EXPECT_EQ(Canonical(ReadTriangles(expected)), triangles);
+    // Reversed, and a segment from a point to itself, change nothing either.
+    ASSERT_EQ(Tessellate(FromLists(xy, {3, 0, 2, 1, 1, 4, 4, 1, 5, 5})), expected);
+    EXPECT_EQ(Canonical(ReadTriangles(expected)), triangles);
+}
+
+TEST(TessellationMishandled, HoleSeedOutsideTheHullIsDropped) {
+    // Three points, one segment and a seed just outside the hull edge from
+    // point 0 to point 2: the triangulator alone crashes while locating it.
+    const std::vector<double> xy = {0.5801450915347408,  -0.46754211316073424, -0.3971185579086963,
+                                    -0.9642334020563316, -0.4473769072282633,  -0.5448036483671042};
+    const int expected = Tessellate(FromLists(xy, {0, 1}));
+    for (double x : {0.2900725457673704, 0.4, 0.5}) {
+        SCOPED_TRACE(x);
+        const double y = x == 0.4 ? -0.48 : x == 0.5 ? -0.47 : -0.4821167010281658;
+        EXPECT_EQ(Tessellate(FromLists(xy, {0, 1}, {x, y})), expected);
+        // Beside seeds that stay, in either order.
+        EXPECT_EQ(Tessellate(FromLists(xy, {0, 1}, {x, y, 5, 5})), expected);
+        EXPECT_EQ(Tessellate(FromLists(xy, {0, 1}, {5, 5, x, y, 6, 6})), expected);
+    }
+}
+
+TEST(TessellationMishandled, SeedsInsideTheHullStillCarve) {
+    // The ring of eight triangles, with seeds outside the hull mixed in.
+    Pslg g;
+    g.AddRectangle(0, 0, 10, 10);
+    g.AddRectangle(3, 3, 7, 7);
+    g.AddHole(-5, 5);
+    g.AddHole(5, 5);
+    g.AddHole(20, 20);
+    EXPECT_EQ(Tessellate(g), 8);
+}
+
+TEST(TessellationMishandledDeathTest, EndlessWalkIsAnInternalError) {
+    // Segments crossing one another at a point that a third passes through:
+    // the triangulator alone turns around that point forever.
+    const Pslg g = FromLists({2, 2, 1, 1, 3, 0, 0, 1, 1, 2, 3, 1, 0, 2, 2, 0},
+                             {7, 1, 3, 0, 7, 4, 5, 3, 3, 2, 6, 7});
+    EXPECT_EXIT(Tessellate(g), ::testing::ExitedWithCode(1), "^内部错误 001\n网格重组错误\n$");
+}
+
+// Random graphs of every kind the guards cover: points on a small grid (many
+// repeats, overlapping and crossing segments), spread over any allowed scale,
+// or mixing the largest and smallest allowed magnitudes; random segments,
+// some naming no point; hole seeds anywhere. Each call must end normally or
+// as an internal error of the triangulator (exit status 1), never by a signal
+// or by running on.
+TEST(TessellationMishandledDeathTest, RandomGraphsNeverCrashOrHang) {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            alarm(30);
+            std::mt19937_64 rng(seed);
+            std::uniform_real_distribution<double> unit(-1, 1);
+            const int n = 3 + int(rng() % 60), ns = int(rng() % 40), nh = int(rng() % 4);
+            const int kind = int(rng() % 3);
+            const double scale = std::pow(10.0, double(int(rng() % 121)) - 60);
+            Pslg g;
+            for (int i = 0; i < n; ++i) {
+                if (kind == 0) {
+                    g.AddPoint(double(rng() % 4), double(rng() % 4));
+                } else if (kind == 1) {
+                    g.AddPoint(unit(rng) * scale, unit(rng) * scale);
+                } else {
+                    const double big = (rng() % 2 ? 1e75 : -1e75) * double(rng() % 3) / 2;
+                    g.AddPoint(big, (rng() % 2 ? 1e-60 : 1e75) * (1 + std::fabs(unit(rng))));
+                }
+            }
+            for (int i = 0; i < ns; ++i) g.AddSegment(int(rng() % (n + 2)) - 1, int(rng() % n));
+            for (int i = 0; i < nh; ++i)
+                g.AddHole(g.X(int(rng() % n)) / 2, g.Y(int(rng() % n)) / 2);
+            _exit(Tessellate(g) >= 0 ? 0 : 2);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFEXITED(status)) << "seed " << seed << ": signal " << WTERMSIG(status);
+        ASSERT_LE(WEXITSTATUS(status), 1) << "seed " << seed;
     }
 }
 

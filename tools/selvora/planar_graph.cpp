@@ -9,6 +9,12 @@ namespace {
 
 std::string Count(size_t n) { return std::to_string(n); }
 
+bool TriangulatorTakes(double v) {
+    const double size = std::fabs(v);
+    return v == 0.0 ||
+           (size >= OV_TESSELLATION_MIN_COORDINATE && size <= OV_TESSELLATION_MAX_COORDINATE);
+}
+
 bool CheckCounts(const PlanarGraph& graph, std::string& error) {
     const size_t points = graph.points.size();
     if (points < 3) {
@@ -32,10 +38,10 @@ bool CheckCounts(const PlanarGraph& graph, std::string& error) {
     }
     for (size_t i = 0; i < points; ++i) {
         const PlanePoint& p = graph.points[i];
-        if (!(std::fabs(p.x) <= OV_TESSELLATION_MAX_COORDINATE &&
-              std::fabs(p.y) <= OV_TESSELLATION_MAX_COORDINATE)) {
-            error = "point " + Count(i) + " lies beyond the coordinates the triangulator takes (" +
-                    "magnitudes up to 1e75)";
+        if (!TriangulatorTakes(p.x) || !TriangulatorTakes(p.y)) {
+            error = "point " + Count(i) +
+                    " has a coordinate the triangulator does not take (non-zero magnitudes run "
+                    "from 1e-60 to 1e75)";
             return false;
         }
     }

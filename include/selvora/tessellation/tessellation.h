@@ -18,6 +18,9 @@ constexpr int OV_TESSELLATION_MAX_HOLES = 3000;
 /// The largest magnitude of a point coordinate that is triangulated: beyond it
 /// the triangulator's exact arithmetic would overflow.
 constexpr double OV_TESSELLATION_MAX_COORDINATE = 1e75;
+/// The smallest magnitude of a non-zero point coordinate that is triangulated:
+/// below it the triangulator's exact arithmetic would underflow.
+constexpr double OV_TESSELLATION_MIN_COORDINATE = 1e-60;
 
 /// Stores the addresses of the four buffers. They exist from library load to
 /// unload and keep their addresses. A null argument is skipped; a buffer the
@@ -30,16 +33,18 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 /// carved out. Returns the number of triangles whose zero-based corner indices
 /// (counter-clockwise) now stand in the triangles buffer; 0 when a count is
 /// above its capacity, a segment or hole count is negative, a point coordinate
-/// is NaN or beyond ±OV_TESSELLATION_MAX_COORDINATE, all points are the same
-/// point, or the result would not fit.
+/// is NaN, beyond ±OV_TESSELLATION_MAX_COORDINATE or non-zero and nearer to 0
+/// than OV_TESSELLATION_MIN_COORDINATE, all points are the same point, or the
+/// result would not fit.
 ///
 /// Points at the same place count once: triangles name one of them (the
-/// first, when a segment ends at that place).
-/// Where segments cross, points are added; they are numbered after the input
-/// points and their coordinates are not returned.
+/// first, when a segment ends at that place). A segment given twice counts
+/// once; hole seeds outside the points' convex hull carve nothing. Where
+/// segments cross, points are added; they are numbered after the input points
+/// and their coordinates are not returned.
 ///
 /// Fewer than 3 points (a negative count included), running out of memory, or
-/// an internal error of the triangulator reports on stderr and ends the
-/// process with status 1. Calls are serialised, but the buffers are shared by
+/// an internal error of the triangulator (a search around a vertex that never
+/// ends included) reports on stderr and ends the process with status 1. Calls are serialised, but the buffers are shared by
 /// the whole process.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
