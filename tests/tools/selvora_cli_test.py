@@ -46,14 +46,16 @@ class ToolCase(unittest.TestCase):
         shutil.rmtree(self.tmp, ignore_errors=True)
 
     def assertSucceeds(self, args, **kw):
+        kw.setdefault("cwd", self.tmp)  # default outputs land in the scratch folder
         status, out, err = run(args, **kw)
         self.assertEqual(status, 0, f"selvora {args} failed: {err}")
         self.assertEqual(err, "", "nothing on stderr on success")
         return out.decode("utf-8", "replace")
 
     def assertFailsClearly(self, args, *phrases, **kw):
-        """Exit status 1 (not a signal), one 'selvora: ' message on stderr
-        holding every phrase, nothing on stdout."""
+        """Exit status 1 (not a signal) and a "selvora: " message on stderr
+        holding every phrase; returns (stdout text, stderr)."""
+        kw.setdefault("cwd", self.tmp)
         status, out, err = run(args, **kw)
         self.assertEqual(status, 1, f"selvora {args}: status {status}, stderr {err!r}")
         self.assertTrue(err.startswith("selvora: "), err)
