@@ -669,7 +669,9 @@ def closed_port_url():
     return f"http://127.0.0.1:{port}/"
 
 
-class FetchTest(ToolCase):
+class ServerCase(ToolCase):
+    """A case with its own loopback server."""
+
     def setUp(self):
         super().setUp()
         self.server = LoopbackServer()
@@ -678,6 +680,8 @@ class FetchTest(ToolCase):
         self.server.close()
         super().tearDown()
 
+
+class FetchTest(ServerCase):
     def test_page_printed(self):
         status, out, err = run(["fetch", self.server.url + "/page"])
         self.assertEqual((status, err), (0, ""))
@@ -706,15 +710,7 @@ class FetchTest(ToolCase):
                                  self.tmp / "no" / "dir" / "x"], "not downloaded")
 
 
-class MatrixTest(ToolCase):
-    def setUp(self):
-        super().setUp()
-        self.server = LoopbackServer()
-
-    def tearDown(self):
-        self.server.close()
-        super().tearDown()
-
+class MatrixTest(ServerCase):
     def test_matrix_printed_exactly(self):
         data = (b"\r\nContent-Disposition: form-data; name=\"symbol\"\r\n\r\n"
                 b"\x00\x01\x02 binary \xff\r\n--1122334455--\r\n")
