@@ -1,6 +1,5 @@
 #include "selvora/tessellation/tessellation.h"
 
-#include <cmath>
 #include <cstring>
 #include <mutex>
 
@@ -25,26 +24,20 @@ char kSwitches[] = "pzNPBQ";  // PSLG, zero-based, no vertex/segment/marker outp
 // divide-and-conquer recursion never ends when all points stand at one place
 // (duplicates are merged first, leaving one). Such input crashes or hangs it,
 // so it is refused.
-bool InRange(double v) {
-    const double size = std::fabs(v);  // NaN fails both comparisons
-    return v == 0.0 ||
-           (size >= OV_TESSELLATION_MIN_COORDINATE && size <= OV_TESSELLATION_MAX_COORDINATE);
-}
-
 bool TriangulatorCanTake(const double* xy, int numPoints) {
     bool allAtOnePlace = true;
     for (int i = 0; i < 2 * numPoints; ++i) {
-        if (!InRange(xy[i])) return false;
+        if (!OV_isTessellationCoordinate(xy[i])) return false;
         if (xy[i] != xy[i % 2]) allAtOnePlace = false;
     }
     return !allAtOnePlace;
 }
 
 // Runs the triangulator and copies the corners, renumbered by inputIndex, into
-// the triangles buffer when they fit. Returns their count, or 0.
+// `corners` (the triangles buffer) when they fit. Returns their count, or 0.
 template <class Renumber>
 int Triangulate(double* xy, int numPoints, int* segments, int numSegments, double* holes,
-                int numHoles, Renumber inputIndex) {
+                int numHoles, Renumber inputIndex, int* corners) {
     triangulateio in;
     std::memset(&in, 0, sizeof in);
     in.pointlist = xy;
@@ -71,7 +64,6 @@ int Triangulate(double* xy, int numPoints, int* segments, int numSegments, doubl
     if (count < 0 || count > OV_TESSELLATION_MAX_TRIANGLES || (count > 0 && !out.trianglelist)) {
         count = 0;
     } else {
-        int* corners = selvora::Buffers().triangles;
         for (size_t k = 0; k < 3 * static_cast<size_t>(count); ++k) {
             corners[k] = inputIndex(out.trianglelist[k]);
         }
@@ -115,7 +107,7 @@ int OV_doTessellation(int numPoints, int numSegments, int numHoles) {
     selvora::TriangulatorInput input(b.points, numPoints, b.segments, numSegments, b.holes,
                                      numHoles);
     if (input.NumPoints() < 3) return 0;  // two places: no triangle
-    return Triangulate(input.Points(), input.NumPoints(), input.Segments(), input.NumSegments(),
-                       input.Holes(), input.NumHoles(),
-                       [&](int corner) { return input.InputIndex(corner); });
+    return Triangulate(
+        input.Points(), input.NumPoints(), input.Segments(), input.NumSegments(), input.Holes(),
+        input.NumHoles(), [&](int corner) { return input.InputIndex(corner); }, b.triangles);
 }

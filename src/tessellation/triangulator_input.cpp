@@ -98,14 +98,15 @@ bool ClearlyOutsideHull(const double* xy, int numPoints, double x, double y) {
             return false;
         }
         if (fromA > 0 && toB > 0) continue;  // inside the wedge
-        if (fromA < 0 && sign(dx, dy, bx, by) > 0) {
-            ax = dx, ay = dy;  // clockwise of a: the wedge widens to d..b
-        } else if (toB < 0 && sign(ax, ay, dx, dy) > 0) {
-            bx = dx, by = dy;  // counter-clockwise of b: the wedge widens to a..d
+        // Widening keeps the wedge under a half turn only when d stays on the
+        // inner side of the other bound.
+        if (fromA < 0 && toB > 0) {
+            ax = dx, ay = dy;  // clockwise of a: the wedge becomes d..b
+        } else if (toB < 0 && fromA > 0) {
+            bx = dx, by = dy;  // counter-clockwise of b: the wedge becomes a..d
         } else {
             return false;  // the wedge would reach a half turn
         }
-        if (sign(ax, ay, bx, by) <= 0) return false;
     }
     return true;
 }
@@ -132,23 +133,21 @@ TriangulatorInput::TriangulatorInput(double* xy, int numPoints, int* segments, i
 }
 
 void TriangulatorInput::KeepHolesInsideTheHull(double* holes, int numHoles) {
-    for (int h = 0; h < numHoles; ++h) {
-        const double x = holes[2 * static_cast<std::size_t>(h)];
-        const double y = holes[2 * static_cast<std::size_t>(h) + 1];
-        const bool outside = ClearlyOutsideHull(xy_, numPoints_, x, y);
-        if (outside && keptHoles_.empty() && holes_ == holes) {
-            keptHoles_.assign(holes, holes + 2 * static_cast<std::size_t>(h));  // those before
-            holes_ = nullptr;
-        }
-        if (!outside && !holes_) {
-            keptHoles_.push_back(x);
-            keptHoles_.push_back(y);
-        }
+    auto outside = [&](int h) {
+        return ClearlyOutsideHull(xy_, numPoints_, holes[2 * static_cast<std::size_t>(h)],
+                                  holes[2 * static_cast<std::size_t>(h) + 1]);
+    };
+    int h = 0;
+    while (h < numHoles && !outside(h)) ++h;
+    if (h == numHoles) return;  // every seed stays: the caller's buffer serves
+    keptHoles_.assign(holes, holes + 2 * static_cast<std::size_t>(h));
+    for (++h; h < numHoles; ++h) {
+        if (outside(h)) continue;
+        keptHoles_.push_back(holes[2 * static_cast<std::size_t>(h)]);
+        keptHoles_.push_back(holes[2 * static_cast<std::size_t>(h) + 1]);
     }
-    if (!holes_) {
-        holes_ = keptHoles_.data();
-        numHoles_ = static_cast<int>(keptHoles_.size() / 2);
-    }
+    holes_ = keptHoles_.data();
+    numHoles_ = static_cast<int>(keptHoles_.size() / 2);
 }
 
 void TriangulatorInput::MergePlaces(const double* xy, int numPoints, std::vector<int>& newIndex) {

@@ -673,6 +673,17 @@ TEST(TessellationTwins, SegmentEndsNamingNoPointAreStillSkipped) {
 
 // --- Graphs the triangulator mishandles ----------------------------------------
 
+TEST(TessellationRefusals, CoordinateRangeAsTheHeaderStatesIt) {
+    const double inf = std::numeric_limits<double>::infinity();
+    for (double v : {0.0, -0.0, 1e-60, -1e-60, 1.0, 1e75, -1e75}) {
+        EXPECT_TRUE(OV_isTessellationCoordinate(v)) << v;
+    }
+    for (double v : {std::nextafter(1e-60, 0.0), 5e-324, std::nextafter(1e75, inf), inf, -inf,
+                     std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_FALSE(OV_isTessellationCoordinate(v)) << v;
+    }
+}
+
 TEST(TessellationRefusals, CoordinatesNearerToZeroThanTheLimitGiveZero) {
     EXPECT_EQ(OV_TESSELLATION_MIN_COORDINATE, 1e-60);
     const double below = std::nextafter(1e-60, 0.0);

@@ -1,19 +1,12 @@
 #include "planar_graph.h"
 
 #include <selvora/selvora.h>
-#include <cmath>
 
 namespace selvora_tool {
 
 namespace {
 
 std::string Count(size_t n) { return std::to_string(n); }
-
-bool TriangulatorTakes(double v) {
-    const double size = std::fabs(v);
-    return v == 0.0 ||
-           (size >= OV_TESSELLATION_MIN_COORDINATE && size <= OV_TESSELLATION_MAX_COORDINATE);
-}
 
 bool CheckCounts(const PlanarGraph& graph, std::string& error) {
     const size_t points = graph.points.size();
@@ -38,7 +31,7 @@ bool CheckCounts(const PlanarGraph& graph, std::string& error) {
     }
     for (size_t i = 0; i < points; ++i) {
         const PlanePoint& p = graph.points[i];
-        if (!TriangulatorTakes(p.x) || !TriangulatorTakes(p.y)) {
+        if (!OV_isTessellationCoordinate(p.x) || !OV_isTessellationCoordinate(p.y)) {
             error = "point " + Count(i) +
                     " has a coordinate the triangulator does not take (non-zero magnitudes run "
                     "from 1e-60 to 1e75)";

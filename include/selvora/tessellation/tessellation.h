@@ -22,6 +22,15 @@ constexpr double OV_TESSELLATION_MAX_COORDINATE = 1e75;
 /// below it the triangulator's exact arithmetic would underflow.
 constexpr double OV_TESSELLATION_MIN_COORDINATE = 1e-60;
 
+/// True when v is a coordinate the triangulation takes: 0, or a magnitude from
+/// OV_TESSELLATION_MIN_COORDINATE to OV_TESSELLATION_MAX_COORDINATE (so never
+/// NaN or infinite).
+inline bool OV_isTessellationCoordinate(double v) {
+    const double size = v < 0 ? -v : v;
+    return v == 0.0 ||
+           (size >= OV_TESSELLATION_MIN_COORDINATE && size <= OV_TESSELLATION_MAX_COORDINATE);
+}
+
 /// Stores the addresses of the four buffers. They exist from library load to
 /// unload and keep their addresses. A null argument is skipped; a buffer the
 /// library could not allocate at load comes back null.
@@ -45,6 +54,6 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 ///
 /// Fewer than 3 points (a negative count included), running out of memory, or
 /// an internal error of the triangulator (a search around a vertex that never
-/// ends included) reports on stderr and ends the process with status 1. Calls are serialised, but the buffers are shared by
-/// the whole process.
+/// ends included) reports on stderr and ends the process with status 1. Calls are serialised, but
+/// the buffers are shared by the whole process.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
