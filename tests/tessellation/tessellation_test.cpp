@@ -340,14 +340,12 @@ std::string FileText(const std::string& path) {
 // (firstNumber is the number of the file's first vertex).
 void RunTriangleProgram(const std::string& polyText, const std::string& switches, int firstNumber,
                         std::vector<Corners>* triangles) {
-    ASSERT_EQ(std::system("command -v triangle >/dev/null 2>&1"), 0)
-        << "the `triangle` program is missing: install the Debian package triangle-bin";
     ScratchDir dir;
     ASSERT_FALSE(dir.path().empty()) << "cannot create a scratch directory";
     const std::string poly = dir.path() + "/input.poly";
     const std::string log = dir.path() + "/triangle.log";
     std::ofstream(poly) << polyText;
-    const std::string command = "triangle -" + switches + " '" + poly + "' >'" + log + "' 2>&1";
+    const std::string command = std::string(SELVORA_TRIANGLE_PROGRAM) + " -" + switches + " '" + poly + "' >'" + log + "' 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0) << command << '\n' << FileText(log);
 
     const auto lines = FileLines(dir.path() + "/input.1.ele");

@@ -51,14 +51,13 @@ bool DrawArcs(const std::string& path, OvPnt3dArray& before, const Point3d& cent
         const char* id;
         const std::vector<PlanePoint>& points;
         Point3d centre;
-        const char* label;
-    } runs[] = {{"before", a, centreBefore, "before"}, {"after", b, centreAfter, "after"}};
+    } runs[] = {{"before", a, centreBefore}, {"after", b, centreAfter}};
     for (const auto& run : runs) {
         svg.BeginGroup(run.id);
         svg.Polyline(run.points, "arc");
         for (const PlanePoint& p : run.points) svg.Dot(p, "sample");
         svg.Dot({run.centre.x, run.centre.y}, "centre", 0.012);
-        svg.Label({run.centre.x, run.centre.y}, run.label, "label");
+        svg.Label({run.centre.x, run.centre.y}, run.id, "label");
         svg.EndGroup();
     }
     svg.BeginGroup("axis");

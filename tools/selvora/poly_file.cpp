@@ -78,6 +78,16 @@ bool ReadCount(LineReader& in, const char* what, std::vector<std::string>& words
     return true;
 }
 
+// The line of entry i of a list of count; at the end of the file, false with
+// a message saying how much of the list was there.
+bool NextEntry(LineReader& in, const char* what, long long i, long long count,
+               std::vector<std::string>& words, std::string& error) {
+    if (in.Next(words)) return true;
+    error = in.Where() + "the file ends after " + std::to_string(i) + " of " +
+            std::to_string(count) + " " + what;
+    return false;
+}
+
 bool ReadPoint(const std::vector<std::string>& words, LineReader& in, const char* what,
                PlanePoint& p, std::string& error) {
     if (words.size() < 3) {
@@ -107,11 +117,7 @@ bool ReadVertices(LineReader& in, PlanarGraph& graph, long long& first, bool& fr
     }
     fromNodeFile = count == 0;
     for (long long i = 0; i < count; ++i) {
-        if (!in.Next(words)) {
-            error = in.Where() + "the file ends after " + std::to_string(i) + " of " +
-                    std::to_string(count) + " vertices";
-            return false;
-        }
+        if (!NextEntry(in, "vertices", i, count, words, error)) return false;
         long long number;
         if (!ParseInt(words[0], LLONG_MIN, LLONG_MAX, number)) {
             error = in.Where() + "\"" + words[0] + "\" is not a vertex number";
@@ -142,11 +148,7 @@ bool ReadSegments(LineReader& in, PlanarGraph& graph, long long first, std::stri
     if (!ReadCount(in, "segments", words, count, error)) return false;
     const long long last = first + (long long)graph.points.size() - 1;
     for (long long i = 0; i < count; ++i) {
-        if (!in.Next(words)) {
-            error = in.Where() + "the file ends after " + std::to_string(i) + " of " +
-                    std::to_string(count) + " segments";
-            return false;
-        }
+        if (!NextEntry(in, "segments", i, count, words, error)) return false;
         if (words.size() < 3) {
             error = in.Where() + "a segment line needs a number and two vertex numbers";
             return false;
@@ -168,11 +170,7 @@ bool ReadHoles(LineReader& in, PlanarGraph& graph, std::string& error) {
     long long count;
     if (!ReadCount(in, "holes", words, count, error)) return false;
     for (long long i = 0; i < count; ++i) {
-        if (!in.Next(words)) {
-            error = in.Where() + "the file ends after " + std::to_string(i) + " of " +
-                    std::to_string(count) + " holes";
-            return false;
-        }
+        if (!NextEntry(in, "holes", i, count, words, error)) return false;
         PlanePoint p;
         if (!ReadPoint(words, in, "hole", p, error)) return false;
         graph.holes.push_back(p);
