@@ -45,13 +45,17 @@ TEST_F(Exports, InlineHotPathsAreExportedToo) {
     EXPECT_TRUE(Has("_Zml8Matrix3d8Vector3d"));
 }
 
-TEST_F(Exports, TessellationAndTheTriangulatorHooksAreExported) {
+TEST_F(Exports, TessellationIsExported) {
     EXPECT_TRUE(Has("_Z24OV_getTessellationBufferPPdPPiS2_S0_"));
     EXPECT_TRUE(Has("_Z17OV_doTessellationiii"));
-    // Plain C names, so that the triangulator's own calls bind to them.
-    EXPECT_TRUE(Has("triexit"));
-    EXPECT_TRUE(Has("internalerror"));
-    EXPECT_TRUE(Has("trimalloc"));
+}
+
+TEST_F(Exports, TheTriangulatorCompiledInIsHidden) {
+    for (const char* name :
+         {"triangulate", "trifree", "triexit", "internalerror", "trimalloc", "finddirection",
+          "counterclockwise", "insertsegment", "selvora_triangulate"}) {
+        EXPECT_FALSE(Has(name)) << name;
+    }
 }
 
 TEST_F(Exports, InternalsAreHidden) {

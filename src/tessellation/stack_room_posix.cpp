@@ -1,0 +1,38 @@
+// The stack room of a POSIX thread, from the thread's own attributes.
+#ifndef _GNU_SOURCE
+#define _GNU_SOURCE
+#endif
+#include <pthread.h>
+
+#include <cstdint>
+
+#include "tessellation/stack_room.h"
+
+namespace selvora {
+
+namespace {
+
+// Kept free below the triangulation: enough for its exit paths (the message
+// boxes, the process exit) and for the guard's own calls.
+constexpr std::size_t kReserve = 256 * 1024;
+// Used when the thread's stack cannot be asked for: the smallest stack a
+// thread is commonly given.
+constexpr std::size_t kUnknownStack = 512 * 1024;
+
+}  // namespace
+
+std::size_t StackRoom() {
+    const std::uintptr_t here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    pthread_attr_t attributes;
+    void* low = nullptr;
+    std::size_t size = 0;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return kUnknownStack - kReserve;
+    const bool known = pthread_attr_getstack(&attributes, &low, &size) == 0;
+    pthread_attr_destroy(&attributes);
+    const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(low);
+    if (!known || here <= end) return kUnknownStack - kReserve;
+    const std::size_t room = static_cast<std::size_t>(here - end);
+    return room > kReserve ? room - kReserve : 0;
+}
+
+}  // namespace selvora

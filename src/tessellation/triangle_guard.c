@@ -1,0 +1,195 @@
+/* The guard around one run of Triangle: see triangle_guard.h. */
+#include "tessellation/triangle_guard.h"
+
+#include <setjmp.h>
+#include <stdarg.h>
+#include <stdint.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "triangle_error_sites.h"
+
+#define SELVORA_HIDDEN __attribute__((visibility("hidden")))
+
+/* The bounds of one run, in proportion to its input: the points, segments and
+ * holes handed over, plus the vertices Triangle adds where segments cross.
+ * A walk or a sweep of a mesh of that size makes at most a few calls per
+ * triangle; a recursion goes at most once per vertex or triangle. */
+enum {
+    kCallsPerItem = 16, /* calls made by one activation of a function */
+    kCallSlack = 1024,
+    kDepthPerItem = 4, /* nested activations */
+    kDepthSlack = 256
+};
+
+/* One activation of a Triangle function and the calls it has made. */
+struct frame {
+    const void* function;
+    size_t calls;
+};
+
+/* A block Triangle allocated, kept in a ring until it is freed. */
+struct block {
+    struct block* prev;
+    struct block* next;
+};
+
+/* The state of the run in progress, set afresh by every run. Runs are
+ * serialised by the caller. */
+static struct {
+    int active;
+    jmp_buf abandon;
+    size_t items;         /* points + segments + holes handed over */
+    size_t addedVertices; /* where segments cross */
+    struct frame* frames; /* frames[0] stands for the caller of triangulate() */
+    size_t depth;
+    size_t capacity;
+    uintptr_t stackStart;
+    size_t stackRoom;
+    const char* reportFunction; /* the last report outside internalerror() */
+    int reportLine;
+    int internalErrorReported;
+} g_run;
+
+static struct block g_blocks = {&g_blocks, &g_blocks};
+
+static size_t CallBudget(void) {
+    return kCallsPerItem * (g_run.items + g_run.addedVertices) + kCallSlack;
+}
+
+static size_t DepthBudget(void) {
+    return kDepthPerItem * (g_run.items + g_run.addedVertices) + kDepthSlack;
+}
+
+static size_t StackUsed(void) {
+    return (size_t)(g_run.stackStart - (uintptr_t)__builtin_frame_address(0));
+}
+
+/* Which of `function`'s calls of internalerror() follows a report printed at
+ * `line`: 1 for the function's first in the source, 0 when none does. */
+static int ErrorOrdinal(const char* function, int line) {
+    int ordinal = 0;
+    size_t i;
+    if (!function) return 0;
+    for (i = 0; i < sizeof selvora_triangle_error_sites / sizeof selvora_triangle_error_sites[0];
+         ++i) {
+        if (strcmp(selvora_triangle_error_sites[i].function, function) != 0) continue;
+        ++ordinal;
+        if (selvora_triangle_error_sites[i].line >= line) return ordinal;
+    }
+    return 0;
+}
+
+__attribute__((noreturn)) static void Abandon(void) { longjmp(g_run.abandon, 1); }
+
+static int GrowFrames(void) {
+    const size_t capacity = g_run.capacity * 2;
+    struct frame* frames = (struct frame*)realloc(g_run.frames, capacity * sizeof *frames);
+    if (!frames) return 0;
+    g_run.frames = frames;
+    g_run.capacity = capacity;
+    return 1;
+}
+
+SELVORA_HIDDEN void __cyg_profile_func_enter(void* function, void* callSite) {
+    struct frame* caller;
+    (void)callSite;
+    if (!g_run.active) return;
+    if (function == selvora_triangle_segmentintersection) ++g_run.addedVertices;
+    caller = &g_run.frames[g_run.depth];
+    if (++caller->calls > CallBudget()) {
+        /* A walk around a vertex that never finds its way is what Triangle
+         * reports as the first internal error of finddirection(). */
+        if (caller->function == selvora_triangle_finddirection)
+            selvora_triangle_fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, "finddirection", 1);
+        Abandon();
+    }
+    if (g_run.depth >= DepthBudget() || StackUsed() > g_run.stackRoom) Abandon();
+    if (g_run.depth + 1 == g_run.capacity && !GrowFrames())
+        selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
+    ++g_run.depth;
+    g_run.frames[g_run.depth].function = function;
+    g_run.frames[g_run.depth].calls = 0;
+}
+
+SELVORA_HIDDEN void __cyg_profile_func_exit(void* function, void* callSite) {
+    (void)function;
+    (void)callSite;
+    if (g_run.active && g_run.depth > 0) --g_run.depth;
+}
+
+int selvora_triangle_report(const char* function, int line, const char* format, ...) {
+    (void)format;
+    if (strcmp(function, "internalerror") == 0) {
+        g_run.internalErrorReported = 1;
+    } else {
+        g_run.reportFunction = function;
+        g_run.reportLine = line;
+    }
+    return 0;
+}
+
+void selvora_triangle_exit(int status) {
+    (void)status;
+    if (g_run.internalErrorReported) {
+        selvora_triangle_fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, g_run.reportFunction,
+                               ErrorOrdinal(g_run.reportFunction, g_run.reportLine));
+    }
+    selvora_triangle_fatal(SELVORA_TRIANGLE_EXIT, g_run.reportFunction, 0);
+}
+
+void* selvora_triangle_malloc(size_t size) {
+    struct block* b;
+    if (size > SIZE_MAX - sizeof *b) return NULL;
+    b = (struct block*)malloc(sizeof *b + size);
+    if (!b) return NULL;
+    b->prev = &g_blocks;
+    b->next = g_blocks.next;
+    g_blocks.next->prev = b;
+    g_blocks.next = b;
+    return b + 1;
+}
+
+void selvora_triangle_free(void* block) {
+    struct block* b;
+    if (!block) return;
+    b = (struct block*)block - 1;
+    b->prev->next = b->next;
+    b->next->prev = b->prev;
+    free(b);
+}
+
+void selvora_triangulation_release(void) {
+    while (g_blocks.next != &g_blocks) selvora_triangle_free(g_blocks.next + 1);
+}
+
+static void BeginRun(size_t items, uintptr_t stackStart, size_t stackRoom) {
+    memset(&g_run, 0, sizeof g_run);
+    g_run.items = items;
+    g_run.capacity = 256;
+    g_run.frames = (struct frame*)calloc(g_run.capacity, sizeof *g_run.frames);
+    if (!g_run.frames) selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
+    g_run.stackStart = stackStart;
+    g_run.stackRoom = stackRoom;
+    g_run.active = 1;
+}
+
+static void EndRun(void) {
+    g_run.active = 0;
+    free(g_run.frames);
+    g_run.frames = NULL;
+}
+
+int selvora_triangulate(double* xy, int numPoints, int* segments, int numSegments, double* holes,
+                        int numHoles, size_t stackRoom, struct selvora_triangulation* result) {
+    BeginRun((size_t)numPoints + (size_t)numSegments + (size_t)numHoles,
+             (uintptr_t)__builtin_frame_address(0), stackRoom);
+    if (setjmp(g_run.abandon)) {
+        EndRun();
+        selvora_triangulation_release();
+        return 0;
+    }
+    selvora_triangle_run(xy, numPoints, segments, numSegments, holes, numHoles, result);
+    EndRun();
+    return 1;
+}

@@ -1,0 +1,50 @@
+/* Triangle's source (Debian's source package `triangle`, patched), compiled
+ * into the library. Nothing of it is changed: the C library calls it makes
+ * when it fails are mapped to the guard's hooks (triangle_guard.h) before its
+ * text is included.
+ *   printf  its report of what went wrong, with the function and line that
+ *           print it; nothing is printed
+ *   exit    its exit, which ends in the library's message boxes
+ *   malloc  its allocation and release, kept per call
+ *   free
+ * The build compiles this unit with -finstrument-functions, so that the
+ * guard sees every entry to and exit from Triangle's functions. */
+
+/* The C library's own declarations come first, before the names are mapped. */
+#include <math.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "tessellation/triangle_guard.h"
+
+#define printf(...) selvora_triangle_report(__func__, __LINE__, __VA_ARGS__)
+#define exit(status) selvora_triangle_exit(status)
+#define malloc(size) selvora_triangle_malloc(size)
+#define free(block) selvora_triangle_free(block)
+
+#include "triangle.c"
+
+/* Triangle's entry, with the library's switches: PSLG (segments are
+ * constraints, holes are carved), zero-based, no output vertices, segments or
+ * boundary markers, quiet. Triangle allocates the triangle list itself. */
+__attribute__((no_instrument_function)) void selvora_triangle_run(
+    double* xy, int numPoints, int* segments, int numSegments, double* holes, int numHoles,
+    struct selvora_triangulation* result) {
+    static char switches[] = "pzNPBQ";
+    struct triangulateio in, out;
+    memset(&in, 0, sizeof in);
+    in.pointlist = xy;
+    in.numberofpoints = numPoints;
+    in.segmentlist = segments;
+    in.numberofsegments = numSegments;
+    in.holelist = numHoles > 0 ? holes : NULL;
+    in.numberofholes = numHoles;
+    memset(&out, 0, sizeof out);
+    triangulate(switches, &in, &out, NULL);
+    result->corners = out.trianglelist;
+    result->count = out.numberoftriangles;
+}
+
+const void* const selvora_triangle_finddirection = (const void*)finddirection;
+const void* const selvora_triangle_segmentintersection = (const void*)segmentintersection;
