@@ -59,7 +59,7 @@ RATIOS = [
     ("BM_Line_PointSampleByStepWarm/real_time", "BM_Line_HandLoopByStepWarm/real_time", 1.2),
     ("BM_Line_PointSampleByStep/real_time", "BM_Line_HandLoopByStepZeroed/real_time", None),
     ("BM_ArcPointSample/real_time", "BM_ArcHandLoop/real_time", 1.2),
-    ("BM_OvDoTessellation/real_time", "BM_TriangulateDirect/real_time", 1.05),
+    ("BM_OvDoTessellation/real_time", "BM_TriangulateDirect/real_time", 1.0),
     ("BM_CImage_LoadBmp/real_time", "BM_Stb_LoadBmp/real_time", 1.2),
     ("BM_CImage_LoadTif/real_time", "BM_LibTiff_ScanlineLoop/real_time", 1.1),
     ("BM_OvGetHtml/real_time", "BM_CurlToDevNull/real_time", 1.5),

@@ -1,5 +1,7 @@
-// OV_doTessellation against a direct call of the triangulator with the same
-// input and switches: what the library adds is the count checks, the lock and
+// OV_doTessellation against a direct call of Debian's packaged libtriangle
+// with the same input and switches. The library compiles Triangle in and runs
+// it under its guard (bounds on recursion and work, allocations kept per
+// call), and adds the count checks, the preparation of the input, the lock and
 // copying the result into the shared triangles buffer.
 #include <benchmark/benchmark.h>
 

@@ -4,9 +4,12 @@
 # Defines the object library selvora_triangle: triangle.c compiled through the
 # wrapper src/tessellation/triangle_unit.c, position-independent, hidden, with
 # the library's floating-point flags. Its C library calls on failure (the
-# printed report, the exit, the allocation) go to the library's guard, and
-# every function entry and exit is reported to the guard
-# (-finstrument-functions), which bounds recursion and loops per call.
+# printed report, the exit, the allocation) go to the library's guard; every
+# function entry and exit (-finstrument-functions) and every step from a
+# triangle to its neighbour (cmake/TriangleSource.cmake) is reported to the
+# guard, which bounds recursion and loops per call. SELF_CHECK turns on
+# Triangle's own checks of its mesh, which report an inconsistent mesh as an
+# internal error instead of following it.
 
 set(SELVORA_CACHE_DIR "$ENV{SELVORA_CACHE_DIR}")
 if(NOT SELVORA_CACHE_DIR)
@@ -28,25 +31,26 @@ if(NOT EXISTS "${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c"
     "${SELVORA_CACHE_DIR}/triangle, or set SELVORA_TRIANGLE_SOURCE_DIR.")
 endif()
 
-# Where the source calls internalerror(), by function and line, so that a
-# report can be told apart from the others of its function.
+# The source as compiled (its steps between triangles counted) and where it
+# calls internalerror(), by function and line, so that a report can be told
+# apart from the others of its function.
 set(_selvora_generated "${CMAKE_CURRENT_BINARY_DIR}/generated")
 execute_process(
   COMMAND ${CMAKE_COMMAND}
     -DTRIANGLE_SOURCE=${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c
-    -DOUTPUT=${_selvora_generated}/triangle_error_sites.h
-    -P ${CMAKE_CURRENT_LIST_DIR}/TriangleErrorSites.cmake
-  RESULT_VARIABLE _selvora_sites_result)
-if(NOT _selvora_sites_result EQUAL 0)
-  message(FATAL_ERROR "Could not list the internal-error calls of ${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c")
+    -DOUTPUT_DIR=${_selvora_generated}
+    -P ${CMAKE_CURRENT_LIST_DIR}/TriangleSource.cmake
+  RESULT_VARIABLE _selvora_source_result)
+if(NOT _selvora_source_result EQUAL 0)
+  message(FATAL_ERROR "Could not prepare ${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c")
 endif()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
-  "${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c")
+  "${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c" "${CMAKE_CURRENT_LIST_DIR}/TriangleSource.cmake")
 
 add_library(selvora_triangle OBJECT src/tessellation/triangle_unit.c)
 target_include_directories(selvora_triangle PRIVATE
-  ${SELVORA_TRIANGLE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/src)
-target_compile_definitions(selvora_triangle PRIVATE TRILIBRARY NO_TIMER)
+  ${_selvora_generated} ${SELVORA_TRIANGLE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/src)
+target_compile_definitions(selvora_triangle PRIVATE TRILIBRARY NO_TIMER SELF_CHECK)
 set_target_properties(selvora_triangle PROPERTIES
   POSITION_INDEPENDENT_CODE ON
   C_VISIBILITY_PRESET hidden
@@ -54,10 +58,15 @@ set_target_properties(selvora_triangle PROPERTIES
 # The triangulator's own code is compiled as it is: its warnings are not ours.
 target_compile_options(selvora_triangle PRIVATE -w -finstrument-functions)
 if(CMAKE_C_COMPILER_ID STREQUAL "GNU")
-  # Functions whose loops end by construction (exact-arithmetic helpers, memory
-  # pools, traversals, the random number source) are left uninstrumented: they
-  # are the hot leaves of the triangulation. The predicates counterclockwise()
-  # and incircle() stay instrumented; every walk of the mesh calls them.
+  # Left uninstrumented, as the hot leaves and halving recursions of the
+  # triangulation: functions without recursion whose loops end by
+  # construction (the geometric predicates and their exact arithmetic, memory
+  # pools, traversals, the random number source), and the divide-and-conquer
+  # recursions that halve their vertices at every level (at most 17 deep for
+  # 65,536 vertices). The walks that call the predicates are bounded by their
+  # steps between triangles.
   target_compile_options(selvora_triangle PRIVATE
-    "-finstrument-functions-exclude-function-list=adapt,estimate,expansion,pool,traverse,maketriangle,makesubseg,dealloc,randomnation,getvertex")
+    "-finstrument-functions-exclude-function-list=counterclockwise,incircle,orient3d,estimate,expansion,pool,traverse,maketriangle,makesubseg,dealloc,randomnation,getvertex,alternateaxes,divconqrecurse")
+  # Triangle's sorting and walks run fastest at -O2 here (tessellation_bench).
+  target_compile_options(selvora_triangle PRIVATE $<$<CONFIG:Release>:-O2>)
 endif()

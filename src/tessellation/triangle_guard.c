@@ -13,19 +13,19 @@
 
 /* The bounds of one run, in proportion to its input: the points, segments and
  * holes handed over, plus the vertices Triangle adds where segments cross.
- * A walk or a sweep of a mesh of that size makes at most a few calls per
- * triangle; a recursion goes at most once per vertex or triangle. */
+ * A walk or a sweep of a mesh of that size makes at most a few calls and
+ * steps per triangle; a recursion goes at most once per vertex or triangle. */
 enum {
-    kCallsPerItem = 16, /* calls made by one activation of a function */
-    kCallSlack = 1024,
+    kWorkPerItem = 64, /* calls and steps of one activation of a function */
+    kWorkSlack = 4096,
     kDepthPerItem = 4, /* nested activations */
     kDepthSlack = 256
 };
 
-/* One activation of a Triangle function and the calls it has made. */
+/* One activation of a Triangle function and the work it has done. */
 struct frame {
     const void* function;
-    size_t calls;
+    size_t work;
 };
 
 /* A block Triangle allocated, kept in a ring until it is freed. */
@@ -53,8 +53,13 @@ static struct {
 
 static struct block g_blocks = {&g_blocks, &g_blocks};
 
-static size_t CallBudget(void) {
-    return kCallsPerItem * (g_run.items + g_run.addedVertices) + kCallSlack;
+/* Outside a run, steps count here and meet no bound. */
+static size_t g_idleWork;
+size_t* selvora_triangle_work = &g_idleWork;
+size_t selvora_triangle_budget = SIZE_MAX;
+
+static size_t WorkBudget(void) {
+    return kWorkPerItem * (g_run.items + g_run.addedVertices) + kWorkSlack;
 }
 
 static size_t DepthBudget(void) {
@@ -82,40 +87,47 @@ static int ErrorOrdinal(const char* function, int line) {
 
 __attribute__((noreturn)) static void Abandon(void) { longjmp(g_run.abandon, 1); }
 
+void selvora_triangle_overrun(void) {
+    /* A walk around a vertex that never finds its way is what Triangle
+     * reports as the first internal error of finddirection(). */
+    if (g_run.frames[g_run.depth].function == selvora_triangle_finddirection)
+        selvora_triangle_fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, "finddirection", 1);
+    Abandon();
+}
+
 static int GrowFrames(void) {
     const size_t capacity = g_run.capacity * 2;
     struct frame* frames = (struct frame*)realloc(g_run.frames, capacity * sizeof *frames);
     if (!frames) return 0;
     g_run.frames = frames;
     g_run.capacity = capacity;
+    selvora_triangle_work = &g_run.frames[g_run.depth].work;
     return 1;
 }
 
 SELVORA_HIDDEN void __cyg_profile_func_enter(void* function, void* callSite) {
-    struct frame* caller;
     (void)callSite;
     if (!g_run.active) return;
-    if (function == selvora_triangle_segmentintersection) ++g_run.addedVertices;
-    caller = &g_run.frames[g_run.depth];
-    if (++caller->calls > CallBudget()) {
-        /* A walk around a vertex that never finds its way is what Triangle
-         * reports as the first internal error of finddirection(). */
-        if (caller->function == selvora_triangle_finddirection)
-            selvora_triangle_fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, "finddirection", 1);
-        Abandon();
+    if (function == selvora_triangle_segmentintersection) {
+        ++g_run.addedVertices;
+        selvora_triangle_budget = WorkBudget();
     }
+    SELVORA_TRIANGLE_STEP(); /* the call is work of the caller */
     if (g_run.depth >= DepthBudget() || StackUsed() > g_run.stackRoom) Abandon();
     if (g_run.depth + 1 == g_run.capacity && !GrowFrames())
         selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
     ++g_run.depth;
     g_run.frames[g_run.depth].function = function;
-    g_run.frames[g_run.depth].calls = 0;
+    g_run.frames[g_run.depth].work = 0;
+    selvora_triangle_work = &g_run.frames[g_run.depth].work;
 }
 
 SELVORA_HIDDEN void __cyg_profile_func_exit(void* function, void* callSite) {
     (void)function;
     (void)callSite;
-    if (g_run.active && g_run.depth > 0) --g_run.depth;
+    if (!g_run.active || g_run.depth == 0) return;
+    --g_run.depth;
+    selvora_triangle_work = &g_run.frames[g_run.depth].work;
 }
 
 int selvora_triangle_report(const char* function, int line, const char* format, ...) {
@@ -172,10 +184,14 @@ static void BeginRun(size_t items, uintptr_t stackStart, size_t stackRoom) {
     g_run.stackStart = stackStart;
     g_run.stackRoom = stackRoom;
     g_run.active = 1;
+    selvora_triangle_work = &g_run.frames[0].work;
+    selvora_triangle_budget = WorkBudget();
 }
 
 static void EndRun(void) {
     g_run.active = 0;
+    selvora_triangle_work = &g_idleWork;
+    selvora_triangle_budget = SIZE_MAX;
     free(g_run.frames);
     g_run.frames = NULL;
 }

@@ -8,10 +8,11 @@
  *   - names each fatal condition from the source: the function whose report
  *     preceded the exit and, for an internal error, which of that function's
  *     calls of internalerror() it was;
- *   - bounds, per call, how deep Triangle's recursion goes and how many calls
- *     one activation of a Triangle function makes (every loop of Triangle
- *     that input can drive without end calls a function on each turn), both
- *     in proportion to the input, and how much of the thread's stack it uses;
+ *   - bounds, per call, how deep Triangle's recursion goes and how much work
+ *     one activation of a Triangle function does (the calls it makes and its
+ *     steps from a triangle to a neighbour: every loop of Triangle that input
+ *     can drive without end makes one or the other on each turn), both in
+ *     proportion to the input, and how much of the thread's stack it uses;
  *   - keeps every block Triangle allocates during the call, so that a run
  *     that is abandoned leaves nothing behind. */
 #ifndef SELVORA_TESSELLATION_TRIANGLE_GUARD_H
@@ -64,6 +65,22 @@ void selvora_triangle_free(void* block);
 /* Triangle itself, called with the switches "pzNPBQ" (triangle_unit.c). */
 void selvora_triangle_run(double* xy, int numPoints, int* segments, int numSegments, double* holes,
                           int numHoles, struct selvora_triangulation* result);
+
+/* Triangle's exact orientation of the points a, b, c: positive when they
+ * turn counter-clockwise, negative clockwise, 0 on one line. Not to be called
+ * during a triangulation. */
+double selvora_triangle_orientation(const double* a, const double* b, const double* c);
+
+/* The work of the activation in progress (calls made and steps from a
+ * triangle to its neighbour) and what one activation may do. Every step of
+ * Triangle's walks is counted through SELVORA_TRIANGLE_STEP(). */
+extern size_t* selvora_triangle_work;
+extern size_t selvora_triangle_budget;
+__attribute__((noreturn)) void selvora_triangle_overrun(void);
+#define SELVORA_TRIANGLE_STEP()                                                             \
+    do {                                                                                    \
+        if (++*selvora_triangle_work > selvora_triangle_budget) selvora_triangle_overrun(); \
+    } while (0)
 
 /* Functions of Triangle the guard tells apart, by address (triangle_unit.c). */
 extern const void* const selvora_triangle_finddirection;

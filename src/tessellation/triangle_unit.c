@@ -8,7 +8,9 @@
  *   malloc  its allocation and release, kept per call
  *   free
  * The build compiles this unit with -finstrument-functions, so that the
- * guard sees every entry to and exit from Triangle's functions. */
+ * guard sees every entry to and exit from Triangle's functions, and includes
+ * the copy of triangle.c made at configure time, in which every step from a
+ * triangle to its neighbour is counted as well (cmake/TriangleSource.cmake). */
 
 /* The C library's own declarations come first, before the names are mapped. */
 #include <math.h>
@@ -44,6 +46,21 @@ __attribute__((no_instrument_function)) void selvora_triangle_run(
     triangulate(switches, &in, &out, NULL);
     result->corners = out.trianglelist;
     result->count = out.numberoftriangles;
+}
+
+/* Triangle's exact orientation predicate, for the library's own tests of
+ * its input. */
+__attribute__((no_instrument_function)) double selvora_triangle_orientation(const double* pa,
+                                                                            const double* pb,
+                                                                            const double* pc) {
+    static int initialised;
+    static struct mesh m;
+    static struct behavior b; /* exact arithmetic: b.noexact is 0 */
+    if (!initialised) {
+        exactinit();
+        initialised = 1;
+    }
+    return counterclockwise(&m, &b, (vertex)pa, (vertex)pb, (vertex)pc);
 }
 
 const void* const selvora_triangle_finddirection = (const void*)finddirection;

@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "tessellation/triangle_guard.h"
+
 namespace selvora {
 
 namespace {
@@ -42,16 +44,56 @@ Place Unordered(int a, int b) {
 
 bool IsPoint(int index, int numPoints) { return index >= 0 && index < numPoints; }
 
+// Places with a count each, in an open-addressed table of a fixed size: every
+// point of the input is looked up in it, so a lookup costs a hash and, most
+// often, one comparison.
+class PlaceCounts {
+  public:
+    explicit PlaceCounts(std::size_t places) {
+        std::size_t capacity = 16;
+        while (capacity < 2 * places) capacity *= 2;
+        slots_.resize(capacity);
+    }
+
+    void Add(Place p) {
+        Slot& slot = SlotOf(p);
+        slot.place = p;
+        slot.used = true;
+    }
+
+    // The count of p, or null when p was never added.
+    int* Find(Place p) {
+        Slot& slot = SlotOf(p);
+        return slot.used ? &slot.count : nullptr;
+    }
+
+  private:
+    struct Slot {
+        Place place{};
+        int count = 0;
+        bool used = false;
+    };
+
+    Slot& SlotOf(Place p) {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t i = PairHash()(p) >> 7 & mask;
+        while (slots_[i].used && !(slots_[i].place == p)) i = (i + 1) & mask;
+        return slots_[i];
+    }
+
+    std::vector<Slot> slots_;
+};
+
 // True when some segment end shares its place with another point.
 bool SegmentEndHasTwin(const double* xy, int numPoints, const int* segments, int numSegments) {
     if (numSegments <= 0) return false;
-    std::unordered_map<Place, int, PairHash> ends;
+    PlaceCounts ends(2 * static_cast<std::size_t>(numSegments));
     for (int k = 0; k < 2 * numSegments; ++k) {
-        if (IsPoint(segments[k], numPoints)) ends.emplace(PlaceOf(xy, segments[k]), 0);
+        if (IsPoint(segments[k], numPoints)) ends.Add(PlaceOf(xy, segments[k]));
     }
     for (int i = 0; i < numPoints; ++i) {
-        const auto found = ends.find(PlaceOf(xy, i));
-        if (found != ends.end() && ++found->second > 1) return true;
+        int* count = ends.Find(PlaceOf(xy, i));
+        if (count && ++*count > 1) return true;
     }
     return false;
 }
@@ -67,43 +109,48 @@ bool SegmentsAreClean(const int* segments, int numSegments, int numPoints) {
     return true;
 }
 
-// True only when (x, y) lies clearly outside the convex hull of the points:
-// the directions from it to all points fit in a wedge narrower than a half
-// turn. Anything undecided by rounding counts as inside, where the seed is
-// handed over as given.
-bool ClearlyOutsideHull(const double* xy, int numPoints, double x, double y) {
-    auto cross = [](double ax, double ay, double bx, double by) { return ax * by - ay * bx; };
-    // A cross product this small against the operands' size is not trusted.
-    constexpr double kUndecided = 1e-9;
-    auto sign = [&](double ax, double ay, double bx, double by) {
-        const double c = cross(ax, ay, bx, by);
-        const double scale = (std::fabs(ax) + std::fabs(ay)) * (std::fabs(bx) + std::fabs(by));
-        if (!(std::fabs(c) > kUndecided * scale)) return 0;  // NaN too
-        return c > 0 ? 1 : -1;
-    };
-    // The wedge runs counter-clockwise from direction a to direction b.
-    double ax = xy[0] - x, ay = xy[1] - y;
-    double bx = ax, by = ay;
-    if (ax == 0.0 && ay == 0.0) return false;
+int Sign(double v) { return (v > 0) - (v < 0); }
+
+// The exact orientation of the turn from s to a to b: 1 counter-clockwise, -1
+// clockwise, 0 when the three lie on one line.
+int Turn(const double* s, const double* a, const double* b) {
+    return Sign(selvora_triangle_orientation(s, a, b));
+}
+
+// True when p, seen from s, lies in the same direction as q (the three being
+// on one line): the coordinates compare alike.
+bool SameDirection(const double* s, const double* p, const double* q) {
+    return Sign(p[0] - s[0]) == Sign(q[0] - s[0]) && Sign(p[1] - s[1]) == Sign(q[1] - s[1]);
+}
+
+// True when the seed lies strictly outside the convex hull of the points: the
+// directions from it to all points fit in a wedge narrower than a half turn.
+// Every orientation is decided exactly, so a seed on the hull counts as inside.
+bool OutsideHull(const double* xy, int numPoints, const double* seed) {
+    // The wedge runs counter-clockwise from the direction of a to that of b.
+    const double* a = xy;
+    const double* b = xy;
+    if (a[0] == seed[0] && a[1] == seed[1]) return false;
     for (int i = 1; i < numPoints; ++i) {
-        const double dx = xy[2 * static_cast<std::size_t>(i)] - x;
-        const double dy = xy[2 * static_cast<std::size_t>(i) + 1] - y;
-        const int fromA = sign(ax, ay, dx, dy), toB = sign(dx, dy, bx, by);
+        const double* d = xy + 2 * static_cast<std::size_t>(i);
+        if (d[0] == seed[0] && d[1] == seed[1]) return false;
+        const int fromA = Turn(seed, a, d), toB = Turn(seed, d, b);
         if (fromA == 0 || toB == 0) {
             // Along a or b: outward is harmless, backward means the wedge
-            // reaches a half turn; the rest is undecided.
-            const bool alongA = fromA == 0 && ax * dx + ay * dy > 0;
-            const bool alongB = toB == 0 && bx * dx + by * dy > 0;
-            if (alongA || alongB) continue;
+            // reaches a half turn.
+            if ((fromA == 0 && SameDirection(seed, d, a)) ||
+                (toB == 0 && SameDirection(seed, d, b))) {
+                continue;
+            }
             return false;
         }
         if (fromA > 0 && toB > 0) continue;  // inside the wedge
         // Widening keeps the wedge under a half turn only when d stays on the
         // inner side of the other bound.
         if (fromA < 0 && toB > 0) {
-            ax = dx, ay = dy;  // clockwise of a: the wedge becomes d..b
+            a = d;  // clockwise of a: the wedge becomes d..b
         } else if (toB < 0 && fromA > 0) {
-            bx = dx, by = dy;  // counter-clockwise of b: the wedge becomes a..d
+            b = d;  // counter-clockwise of b: the wedge becomes a..d
         } else {
             return false;  // the wedge would reach a half turn
         }
@@ -134,8 +181,7 @@ TriangulatorInput::TriangulatorInput(double* xy, int numPoints, int* segments, i
 
 void TriangulatorInput::KeepHolesInsideTheHull(double* holes, int numHoles) {
     auto outside = [&](int h) {
-        return ClearlyOutsideHull(xy_, numPoints_, holes[2 * static_cast<std::size_t>(h)],
-                                  holes[2 * static_cast<std::size_t>(h) + 1]);
+        return OutsideHull(xy_, numPoints_, holes + 2 * static_cast<std::size_t>(h));
     };
     int h = 0;
     while (h < numHoles && !outside(h)) ++h;

@@ -2,8 +2,8 @@
 // misbehave: points at the same place where a segment ends (it keeps one
 // copy of each place and follows links that were never set from segments
 // ending at another copy, and crashes), a segment given twice (it loops
-// forever), and a hole seed outside the points' convex hull near its edge (it
-// walks off the mesh while locating it, and crashes). Such input is rewritten
+// forever), and a hole seed outside the points' convex hull (it walks off the
+// mesh while locating it, and crashes). Such input is rewritten
 // first: each place kept once; segments without a length, naming no point or
 // repeated are left out; seeds outside the hull, which carve nothing, are
 // dropped. The corners of the result are then numbered back to the caller's
