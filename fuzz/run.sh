@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Builds the libFuzzer targets for the image readers and the selvora tool's
-# .poly reader (clang, in build-fuzz/) and runs each for a bounded time, seeded
-# from the test images and Triangle's sample graph.
+# Builds the libFuzzer targets for the image readers, the selvora tool's .poly
+# reader and the tessellation interface (clang, in build-fuzz/) and runs each
+# for a bounded time, seeded from the test images and Triangle's sample graph
+# (the tessellation fuzzer starts from nothing).
 #
 #   fuzz/run.sh
 #
@@ -18,7 +19,7 @@ seconds="${FUZZ_SECONDS:-60}"
 
 CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DSELVORA_BUILD_FUZZERS=ON -DSELVORA_BUILD_TESTS=OFF -DSELVORA_BUILD_TOOLS=OFF >/dev/null
-cmake --build "$build" -j2 --target bmp_fuzzer tiff_fuzzer poly_fuzzer
+cmake --build "$build" -j2 --target bmp_fuzzer tiff_fuzzer poly_fuzzer tessellation_fuzzer
 
 # Scratch files of the fuzzers stay inside the build directory.
 export TMPDIR="$build/tmp"
@@ -56,4 +57,5 @@ run() {
 run bmp_fuzzer "$testdata/bmpsuite/g" "$testdata/bmpsuite/q" "$testdata/bmpsuite/b"
 run tiff_fuzzer "$testdata/libtiff-images"
 run poly_fuzzer /usr/share/doc/triangle-bin
+run tessellation_fuzzer
 exit "$status"

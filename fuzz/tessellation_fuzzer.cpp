@@ -1,0 +1,135 @@
+// Feeds OV_doTessellation graphs made from arbitrary bytes: points of every
+// magnitude the interface accepts (0, 1e-60 to 1e75, mixed freely), points on
+// a small grid (repeated places), raw doubles it refuses (NaN, infinities,
+// out of range), segments naming any vertex or none, hole seeds anywhere.
+//
+// A fatal exit the interface defines (its message boxes on stderr, then
+// status 1) is a normal end of a call; a crash, a hang, a sanitizer report or
+// a leak is a finding. So each input is run first in a child process: when
+// the child ends with a defined fatal exit, the input is done; otherwise it is
+// run again here, where libFuzzer sees its coverage and the sanitizers its
+// memory, and where a crash of the child happens again.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "selvora/selvora.h"
+
+namespace {
+
+class Bytes {
+  public:
+    Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+
+    std::uint8_t Byte() { return at_ < size_ ? data_[at_++] : 0; }
+
+    double Raw() {
+        std::uint8_t bits[8] = {};
+        for (std::uint8_t& b : bits) b = Byte();
+        double v;
+        std::memcpy(&v, bits, sizeof v);
+        return v;
+    }
+
+  private:
+    const std::uint8_t* data_;
+    std::size_t size_;
+    std::size_t at_ = 0;
+};
+
+double Coordinate(Bytes& in) {
+    const std::uint8_t kind = in.Byte();
+    if (kind < 24) return kind % 2 ? -0.0 : 0.0;
+    if (kind < 32) return in.Raw();
+    if (kind < 96) return kind % 8;  // a small grid: places repeat
+    const int exponent = -60 + (in.Byte() | in.Byte() << 8) % 136;
+    const double mantissa = 1 + in.Byte() / 256.0;
+    const double v = std::clamp(mantissa * std::pow(10.0, exponent), OV_TESSELLATION_MIN_COORDINATE,
+                                OV_TESSELLATION_MAX_COORDINATE);
+    return kind % 2 ? -v : v;
+}
+
+struct Graph {
+    std::vector<double> xy;
+    std::vector<int> segments;
+    std::vector<double> holes;
+};
+
+Graph Decode(const std::uint8_t* data, std::size_t size) {
+    Bytes in(data, size);
+    Graph g;
+    const int n = 3 + in.Byte() % 62, s = in.Byte() % 64, h = in.Byte() % 5;
+    for (int i = 0; i < 2 * n; ++i) g.xy.push_back(Coordinate(in));
+    for (int i = 0; i < 2 * s; ++i) g.segments.push_back(in.Byte() % (n + 2) - 1);
+    for (int i = 0; i < 2 * h; ++i) g.holes.push_back(Coordinate(in));
+    return g;
+}
+
+int Tessellate(const Graph& g) {
+    double *points, *holes;
+    int *segments, *triangles;
+    OV_getTessellationBuffer(&points, &segments, &triangles, &holes);
+    std::copy(g.xy.begin(), g.xy.end(), points);
+    std::copy(g.segments.begin(), g.segments.end(), segments);
+    std::copy(g.holes.begin(), g.holes.end(), holes);
+    return OV_doTessellation(static_cast<int>(g.xy.size() / 2),
+                             static_cast<int>(g.segments.size() / 2),
+                             static_cast<int>(g.holes.size() / 2));
+}
+
+// The message boxes of the fatal conditions, as one call writes them.
+bool IsDefinedFatalMessage(const std::string& text) {
+    if (text == "错误: 顶点数小于3\n" || text == "错误:  内存不足\n" || text == "网格重组错误\n")
+        return true;
+    for (int k = 1; k <= 7; ++k) {
+        if (text == "内部错误 00" + std::to_string(k) + "\n网格重组错误\n") return true;
+    }
+    return false;
+}
+
+// True when the call ends in a child process with a defined fatal exit.
+bool EndsWithDefinedFatalExit(const Graph& g) {
+    int pipeEnds[2];
+    if (pipe(pipeEnds) != 0) return false;
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child < 0) return false;
+    if (child == 0) {
+        alarm(30);
+        dup2(pipeEnds[1], 2);
+        close(pipeEnds[0]);
+        Tessellate(g);
+        _exit(0);
+    }
+    close(pipeEnds[1]);
+    std::string text;
+    char buffer[512];
+    for (ssize_t n; (n = read(pipeEnds[0], buffer, sizeof buffer)) > 0;) text.append(buffer, n);
+    close(pipeEnds[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 1) return false;
+    if (!IsDefinedFatalMessage(text)) {
+        std::fprintf(stderr, "a fatal exit with other messages:\n%s", text.c_str());
+        std::abort();
+    }
+    return true;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Graph g = Decode(data, size);
+    if (EndsWithDefinedFatalExit(g)) return 0;
+    if (Tessellate(g) < 0) std::abort();  // a count is never negative
+    return 0;
+}
