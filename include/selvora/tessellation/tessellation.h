@@ -48,12 +48,16 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 ///
 /// Points at the same place count once: triangles name one of them (the
 /// first, when a segment ends at that place). A segment given twice counts
-/// once; hole seeds outside the points' convex hull carve nothing. Where
-/// segments cross, points are added; they are numbered after the input points
-/// and their coordinates are not returned.
+/// once; hole seeds strictly outside the points' convex hull carve nothing.
+/// Where segments cross, points are added; they are numbered after the input
+/// points and their coordinates are not returned.
+///
+/// A triangulation whose recursion or work would go beyond bounds in
+/// proportion to its input, or beyond the calling thread's stack, is
+/// abandoned: the result is 0 and nothing it allocated is kept.
 ///
 /// Fewer than 3 points (a negative count included), running out of memory, or
 /// an internal error of the triangulator (a search around a vertex that never
-/// ends included) reports on stderr and ends the process with status 1. Calls are serialised, but
-/// the buffers are shared by the whole process.
+/// ends included) reports on stderr and ends the process with status 1. Calls
+/// are serialised, but the buffers are shared by the whole process.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
