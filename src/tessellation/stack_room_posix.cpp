@@ -19,18 +19,25 @@ constexpr std::size_t kReserve = 256 * 1024;
 // thread is commonly given.
 constexpr std::size_t kUnknownStack = 512 * 1024;
 
+// The lowest address of the calling thread's stack, or 0 when the thread
+// cannot tell. Asked once per thread: for the main thread the C library reads
+// the process's memory map to answer.
+std::uintptr_t StackEnd() {
+    pthread_attr_t attributes;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 0;
+    void* low = nullptr;
+    std::size_t size = 0;
+    const bool known = pthread_attr_getstack(&attributes, &low, &size) == 0;
+    pthread_attr_destroy(&attributes);
+    return known ? reinterpret_cast<std::uintptr_t>(low) : 0;
+}
+
 }  // namespace
 
 std::size_t StackRoom() {
+    thread_local const std::uintptr_t end = StackEnd();
     const std::uintptr_t here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-    pthread_attr_t attributes;
-    void* low = nullptr;
-    std::size_t size = 0;
-    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return kUnknownStack - kReserve;
-    const bool known = pthread_attr_getstack(&attributes, &low, &size) == 0;
-    pthread_attr_destroy(&attributes);
-    const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(low);
-    if (!known || here <= end) return kUnknownStack - kReserve;
+    if (end == 0 || here <= end) return kUnknownStack - kReserve;
     const std::size_t room = static_cast<std::size_t>(here - end);
     return room > kReserve ? room - kReserve : 0;
 }
