@@ -8,8 +8,8 @@
 # function entry and exit (-finstrument-functions) and every step from a
 # triangle to its neighbour (cmake/TriangleSource.cmake) is reported to the
 # guard, which bounds recursion and loops per call. SELF_CHECK turns on
-# Triangle's own checks of its mesh, which report an inconsistent mesh as an
-# internal error instead of following it.
+# Triangle's own checks of its mesh: a flip across the mesh boundary or a
+# segment is refused instead of followed out of the mesh (a crash).
 
 set(SELVORA_CACHE_DIR "$ENV{SELVORA_CACHE_DIR}")
 if(NOT SELVORA_CACHE_DIR)

@@ -107,6 +107,10 @@ bool EndsWithDefinedFatalExit(const Graph& g) {
         alarm(30);
         dup2(pipeEnds[1], 2);
         close(pipeEnds[0]);
+        // The child ends with the status the library exits with; libFuzzer's
+        // own exit handler, inherited from this process, would take it for a
+        // finding.
+        on_exit([](int exitStatus, void*) { _exit(exitStatus); }, nullptr);
         Tessellate(g);
         _exit(0);
     }
@@ -117,7 +121,14 @@ bool EndsWithDefinedFatalExit(const Graph& g) {
     close(pipeEnds[0]);
     int status = 0;
     waitpid(child, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 1) return false;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return false;
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 1) {
+        // Not a defined end: said here, then run again in this process.
+        std::fprintf(stderr, "the child process ended with %s %d:\n%s\n",
+                     WIFEXITED(status) ? "status" : "signal",
+                     WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status), text.c_str());
+        return false;
+    }
     if (!IsDefinedFatalMessage(text)) {
         std::fprintf(stderr, "a fatal exit with other messages:\n%s", text.c_str());
         std::abort();
