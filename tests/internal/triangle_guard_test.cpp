@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "support/reported_graphs.h"
+
 namespace {
 
 // One of Triangle's calls of internalerror(): the function it stands in, its
@@ -142,11 +144,7 @@ TEST(TriangleGuard, ExitsAfterTheirReportsShowTheirTexts) {
 }
 
 // A planar graph handed to the guarded triangulator as it is.
-struct Graph {
-    std::vector<double> xy;
-    std::vector<int> segments;
-    std::vector<double> holes;
-};
+using Graph = selvora_test::PlanarGraph;
 
 // Triangulates g: the triangle count, or -1 when the run was abandoned.
 int Triangulated(Graph g) {
@@ -163,41 +161,8 @@ int Triangulated(Graph g) {
 
 Graph UnitSquare() { return {{0, 0, 1, 0, 1, 1, 0, 1}, {0, 1, 1, 2, 2, 3, 3, 0}, {}}; }
 
-// Segments whose insertion recursed without end (a stack overflow).
-Graph EndlessRecursion() {
-    return {{0, -1.2941292465998752e+28, 1.3587408959707088e-29, -3.8660621547136084e+38,
-             -3.3683428388781001e-60, 1.4948846787902541e-56, 2.7377315004511858e-39,
-             8.0004819043127064e+66, 0, -1.6130322312245683e-35, 0, 3.0450987669205505e-21,
-             -1.9881506878951213e+56, 2915486063.6075978},
-            {0, 3, 1, 2, 4, 5},
-            {}};
-}
-
-// Point location that never ended.
-Graph EndlessSearch() {
-    return {{-8.6909167050185145e-22,
-             4.2891091351342634e-41,
-             1.6165020916813824e+19,
-             -2.9082726589422338e+27,
-             -1.1216397993296759e+46,
-             -6.9418515846465801e+31,
-             4.4826806458074009e-16,
-             0.0010496918020760631,
-             -2.6458402205562758e+67,
-             0,
-             -2.6727918095709251e-59,
-             -9.3944415402986377e-18,
-             -1.1494876931947593e+50,
-             3.5903351697383424e-24,
-             17136449614570766,
-             1.9538223842012274e-19,
-             0,
-             4.518070398663148e-53,
-             2.1954684179104103e+37,
-             -5.9577330350022111e+24},
-            {6, 8, 5, 9, 0, 1, 2, 4},
-            {}};
-}
+Graph EndlessRecursion() { return selvora_test::GraphThatOverflowedTheStack(); }
+Graph EndlessSearch() { return selvora_test::GraphThatNeverReturned(); }
 
 // A square grid of k x k points with its outline as segments.
 Graph Grid(int k) {

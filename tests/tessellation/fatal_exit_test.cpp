@@ -1,11 +1,11 @@
 // The triangulator's fatal conditions end the process: the message box text,
 // UTF-8, as one line on stderr, and exit status 1.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstdio>
 
 #include "selvora/selvora.h"
+#include "support/address_space.h"
 
 namespace {
 
@@ -28,20 +28,6 @@ TEST(TessellationDeathTest, FewerThanThreeVerticesExits) {
     EXPECT_EXIT(OV_doTessellation(-5, 0, 0), ::testing::ExitedWithCode(1), "^错误: 顶点数小于3\n$");
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
-// Caps the address space a little above what the process uses now, so that
-// the triangulator's first large allocations fail.
-void CapAddressSpace() {
-    long pages = 0;
-    FILE* statm = std::fopen("/proc/self/statm", "r");
-    if (!statm || std::fscanf(statm, "%ld", &pages) != 1) std::abort();
-    std::fclose(statm);
-    const rlim_t limit = static_cast<rlim_t>(pages) * 4096 + (1u << 20);
-    const rlimit cap{limit, limit};
-    if (setrlimit(RLIMIT_AS, &cap) != 0) std::abort();
-}
-#endif
-
 TEST(TessellationDeathTest, OutOfMemoryInsideTheTriangulatorExits) {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the address sanitizer needs more address space than the cap leaves";
@@ -57,7 +43,7 @@ TEST(TessellationDeathTest, OutOfMemoryInsideTheTriangulatorExits) {
     }
     EXPECT_EXIT(
         {
-            CapAddressSpace();
+            selvora_test::CapAddressSpace(1 << 20);
             OV_doTessellation(n, 0, 0);
         },
         ::testing::ExitedWithCode(1), "^错误:  内存不足\n$");

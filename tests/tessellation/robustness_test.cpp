@@ -3,7 +3,6 @@
 // end with a result or with one of the fatal exits the interface defines
 // (its message boxes on stderr and status 1), within seconds.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,33 +16,28 @@
 #include <vector>
 
 #include "selvora/selvora.h"
+#include "support/address_space.h"
+#include "support/reported_graphs.h"
 
 namespace {
 
-struct Graph {
-    std::vector<double> xy;
-    std::vector<int> segments;
-    std::vector<double> holes;
+using Graph = selvora_test::PlanarGraph;
 
-    int Points() const { return static_cast<int>(xy.size() / 2); }
-    int Segments() const { return static_cast<int>(segments.size() / 2); }
-    int Holes() const { return static_cast<int>(holes.size() / 2); }
-
-    std::string AsPoly() const {
-        std::ostringstream poly;
-        poly.precision(17);
-        poly << Points() << " 2 0 0\n";
-        for (int i = 0; i < Points(); ++i)
-            poly << i << ' ' << xy[2 * i] << ' ' << xy[2 * i + 1] << '\n';
-        poly << Segments() << " 0\n";
-        for (int i = 0; i < Segments(); ++i)
-            poly << i << ' ' << segments[2 * i] << ' ' << segments[2 * i + 1] << '\n';
-        poly << Holes() << '\n';
-        for (int i = 0; i < Holes(); ++i)
-            poly << i << ' ' << holes[2 * i] << ' ' << holes[2 * i + 1] << '\n';
-        return poly.str();
-    }
-};
+std::string AsPoly(const Graph& g) {
+    const int n = static_cast<int>(g.xy.size() / 2), s = static_cast<int>(g.segments.size() / 2),
+              h = static_cast<int>(g.holes.size() / 2);
+    std::ostringstream poly;
+    poly.precision(17);
+    poly << n << " 2 0 0\n";
+    for (int i = 0; i < n; ++i) poly << i << ' ' << g.xy[2 * i] << ' ' << g.xy[2 * i + 1] << '\n';
+    poly << s << " 0\n";
+    for (int i = 0; i < s; ++i)
+        poly << i << ' ' << g.segments[2 * i] << ' ' << g.segments[2 * i + 1] << '\n';
+    poly << h << '\n';
+    for (int i = 0; i < h; ++i)
+        poly << i << ' ' << g.holes[2 * i] << ' ' << g.holes[2 * i + 1] << '\n';
+    return poly.str();
+}
 
 int Tessellate(const Graph& g) {
     double *points, *holes;
@@ -52,7 +46,9 @@ int Tessellate(const Graph& g) {
     std::copy(g.xy.begin(), g.xy.end(), points);
     std::copy(g.segments.begin(), g.segments.end(), segments);
     std::copy(g.holes.begin(), g.holes.end(), holes);
-    return OV_doTessellation(g.Points(), g.Segments(), g.Holes());
+    return OV_doTessellation(static_cast<int>(g.xy.size() / 2),
+                             static_cast<int>(g.segments.size() / 2),
+                             static_cast<int>(g.holes.size() / 2));
 }
 
 // How a call in a child process ended: its result (exit status 0), or a
@@ -119,7 +115,7 @@ const std::set<std::string>& FatalMessages() {
            << (e.signal ? "signal " + std::to_string(e.signal)
                         : "exit status " + std::to_string(e.exitStatus))
            << ", stderr \"" << e.messages << "\", on\n"
-           << g.AsPoly();
+           << AsPoly(g);
 }
 
 // A coordinate of any magnitude the interface accepts, or 0.
@@ -145,41 +141,15 @@ Graph MixedGraph(unsigned seed, int maxPoints, int maxSegments, int maxHoles) {
 }
 
 TEST(TessellationRobustness, GraphThatOverflowedTheStack) {
-    const Graph g{{0, -1.2941292465998752e+28, 1.3587408959707088e-29, -3.8660621547136084e+38,
-                   -3.3683428388781001e-60, 1.4948846787902541e-56, 2.7377315004511858e-39,
-                   8.0004819043127064e+66, 0, -1.6130322312245683e-35, 0, 3.0450987669205505e-21,
-                   -1.9881506878951213e+56, 2915486063.6075978},
-                  {0, 3, 1, 2, 4, 5},
-                  {}};
+    const Graph g = selvora_test::GraphThatOverflowedTheStack();
     const Ending e = InChild(g);
     ASSERT_TRUE(EndedAsDefined(g, e));
     EXPECT_TRUE(e.returned);
-    EXPECT_EQ(0, e.result);  // three open segments enclose nothing
+    EXPECT_EQ(0, e.result);  // open segments enclose nothing
 }
 
 TEST(TessellationRobustness, GraphThatNeverReturned) {
-    const Graph g{{-8.6909167050185145e-22,
-                   4.2891091351342634e-41,
-                   1.6165020916813824e+19,
-                   -2.9082726589422338e+27,
-                   -1.1216397993296759e+46,
-                   -6.9418515846465801e+31,
-                   4.4826806458074009e-16,
-                   0.0010496918020760631,
-                   -2.6458402205562758e+67,
-                   0,
-                   -2.6727918095709251e-59,
-                   -9.3944415402986377e-18,
-                   -1.1494876931947593e+50,
-                   3.5903351697383424e-24,
-                   17136449614570766,
-                   1.9538223842012274e-19,
-                   0,
-                   4.518070398663148e-53,
-                   2.1954684179104103e+37,
-                   -5.9577330350022111e+24},
-                  {6, 8, 5, 9, 0, 1, 2, 4},
-                  {}};
+    const Graph g = selvora_test::GraphThatNeverReturned();
     const Ending e = InChild(g);
     ASSERT_TRUE(EndedAsDefined(g, e));
     EXPECT_TRUE(e.returned);
@@ -210,31 +180,13 @@ TEST(TessellationRobustness, ThousandsOfMixedMagnitudeGraphsEndAsDefined) {
 TEST(TessellationRobustness, AbandonedCallLeavesNothingForTheNext) {
     // The graph that overflowed the stack, then the unit square, in one
     // process: the square's triangles come out whole.
-    const Graph endless{{0, -1.2941292465998752e+28, 1.3587408959707088e-29,
-                         -3.8660621547136084e+38, -3.3683428388781001e-60, 1.4948846787902541e-56,
-                         2.7377315004511858e-39, 8.0004819043127064e+66, 0, -1.6130322312245683e-35,
-                         0, 3.0450987669205505e-21, -1.9881506878951213e+56, 2915486063.6075978},
-                        {0, 3, 1, 2, 4, 5},
-                        {}};
+    const Graph endless = selvora_test::GraphThatOverflowedTheStack();
     const Graph square{{0, 0, 1, 0, 1, 1, 0, 1}, {0, 1, 1, 2, 2, 3, 3, 0}, {}};
     for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(0, Tessellate(endless));
         EXPECT_EQ(2, Tessellate(square));
     }
 }
-
-#if !defined(__SANITIZE_ADDRESS__)
-// Caps the address space at what the process uses now plus 2 MiB.
-void CapAddressSpace() {
-    long pages = 0;
-    FILE* statm = std::fopen("/proc/self/statm", "r");
-    if (!statm || std::fscanf(statm, "%ld", &pages) != 1) std::abort();
-    std::fclose(statm);
-    const rlim_t limit = static_cast<rlim_t>(pages) * 4096 + (2u << 20);
-    const rlimit cap{limit, limit};
-    if (setrlimit(RLIMIT_AS, &cap) != 0) std::abort();
-}
-#endif
 
 TEST(TessellationRobustnessDeathTest, OutOfMemoryPreparingTheInputExits) {
 #if defined(__SANITIZE_ADDRESS__)
@@ -254,7 +206,7 @@ TEST(TessellationRobustnessDeathTest, OutOfMemoryPreparingTheInputExits) {
     }
     EXPECT_EXIT(
         {
-            CapAddressSpace();
+            selvora_test::CapAddressSpace(2 << 20);
             Tessellate(g);
         },
         ::testing::ExitedWithCode(1), "^错误:  内存不足\n$");
