@@ -14,7 +14,7 @@ namespace {
 
 // Kept free below the triangulation: enough for its exit paths (the message
 // boxes, the process exit) and for the guard's own calls.
-constexpr std::size_t kReserve = 256 * 1024;
+constexpr std::size_t kReserve = 64 * 1024;
 // Used when the thread's stack cannot be asked for: the smallest stack a
 // thread is commonly given.
 constexpr std::size_t kUnknownStack = 512 * 1024;

@@ -3,6 +3,7 @@
 // end with a result or with one of the fatal exits the interface defines
 // (its message boxes on stderr and status 1), within seconds.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -186,6 +187,46 @@ TEST(TessellationRobustness, AbandonedCallLeavesNothingForTheNext) {
         EXPECT_EQ(0, Tessellate(endless));
         EXPECT_EQ(2, Tessellate(square));
     }
+}
+
+// A rectangle whose bottom side passes through n points: inserting that
+// side recurses once per point.
+Graph RectangleOverPointsInALine(int n) {
+    Graph g;
+    for (int i = 0; i < n; ++i) g.xy.insert(g.xy.end(), {double(i), 0.0});
+    g.xy.insert(g.xy.end(), {double(n - 1), 1.0, 0.0, 1.0});
+    g.segments = {0, n - 1, n - 1, n, n, n + 1, n + 1, 0};
+    return g;
+}
+
+// Runs Tessellate(g) on a thread with a stack of `bytes`.
+int TessellateOnAThread(const Graph& g, std::size_t bytes) {
+    struct Call {
+        const Graph* graph;
+        int result;
+    } call{&g, -1};
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, bytes);
+    pthread_t thread;
+    const auto body = [](void* c) -> void* {
+        static_cast<Call*>(c)->result = Tessellate(*static_cast<Call*>(c)->graph);
+        return nullptr;
+    };
+    if (pthread_create(&thread, &attributes, body, &call) != 0) std::abort();
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    return call.result;
+}
+
+TEST(TessellationRobustness, RecursionDeeperThanTheThreadsStackIsAbandoned) {
+    const int n = 30000;
+    const Graph g = RectangleOverPointsInALine(n);
+    // A convex polygon of n + 2 corners: n triangles.
+    EXPECT_EQ(n, TessellateOnAThread(g, 64u << 20));
+    EXPECT_EQ(0, TessellateOnAThread(g, 256u << 10));
+    // The same small stack is enough for a small graph.
+    EXPECT_EQ(10, TessellateOnAThread(RectangleOverPointsInALine(10), 256u << 10));
 }
 
 TEST(TessellationRobustnessDeathTest, OutOfMemoryPreparingTheInputExits) {
