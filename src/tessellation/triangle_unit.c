@@ -1,16 +1,16 @@
 /* Triangle's source (Debian's source package `triangle`, patched), compiled
- * into the library. Nothing of it is changed: the C library calls it makes
- * when it fails are mapped to the guard's hooks (triangle_guard.h) before its
- * text is included.
+ * into the library. The C library calls it makes are mapped to the guard's
+ * hooks (triangle_guard.h) before its text is included:
  *   printf  its report of what went wrong, with the function and line that
  *           print it; nothing is printed
  *   exit    its exit, which ends in the library's message boxes
  *   malloc  its allocation and release, kept per call
  *   free
  * The build compiles this unit with -finstrument-functions, so that the
- * guard sees every entry to and exit from Triangle's functions, and includes
- * the copy of triangle.c made at configure time, in which every step from a
- * triangle to its neighbour is counted as well (cmake/TriangleSource.cmake). */
+ * guard sees every entry to and exit from Triangle's functions, and the text
+ * included is the copy of triangle.c made at configure time, whose one
+ * addition counts every step from a triangle to its neighbour as well
+ * (cmake/TriangleSource.cmake). */
 
 /* The C library's own declarations come first, before the names are mapped. */
 #include <math.h>
