@@ -78,8 +78,8 @@ int OV_doTessellation(int numPoints, int numSegments, int numHoles) {
     if (numPoints < 3) selvora::Die(selvora::FatalKind::kExit, "transfernodes", 1);
     if (!TriangulatorCanTake(b.points, numPoints)) return 0;
 
-    std::lock_guard<std::mutex> lock(g_tessellationMutex);
     try {
+        std::lock_guard<std::mutex> lock(g_tessellationMutex);
         selvora::TriangulatorInput input(b.points, numPoints, b.segments, numSegments, b.holes,
                                          numHoles);
         if (input.NumPoints() < 3) return 0;  // two places: no triangle
