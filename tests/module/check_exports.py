@@ -52,6 +52,21 @@ def owner(name):
     return re.sub(r"<.*>$", "", head.strip())
 
 
+def is_standard_library(name):
+    """True for a function or object of the C++ standard library's namespaces."""
+    bare = name
+    while True:  # template arguments out, innermost first
+        shorter = re.sub(r"<[^<>]*>", "", bare)
+        if shorter == bare:
+            break
+        bare = shorter
+    head = bare.split("(")[0]
+    head = re.sub(r"^(vtable|typeinfo name|typeinfo|guard variable) for ", "", head)
+    if re.fullmatch(r"operator (new|delete)(\[\])?", head.strip()):
+        return True  # the placement forms of <new>
+    return re.search(r"(^|\s)(std|__gnu_cxx|__cxxabiv1)::", head) is not None
+
+
 def main(library, include_dir):
     classes, functions = api_names(include_dir)
     if not classes or not functions:
@@ -66,7 +81,7 @@ def main(library, include_dir):
             continue
         if base.startswith("operator") and any(re.search(rf"\b{c}\b", name) for c in classes):
             continue
-        if re.match(r"^(void |bool |int )?std::", name) and kind in "WVu":
+        if kind in "WVu" and is_standard_library(name):
             continue  # the standard library's instantiations, exported weak
         strays.append(f"{kind} {name}")
     needed = subprocess.run(["readelf", "-d", library], check=True, capture_output=True,
