@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -115,12 +116,21 @@ bool EndsWithDefinedFatalExit(const Graph& g) {
         _exit(0);
     }
     close(pipeEnds[1]);
+    // libFuzzer's timer interrupts the waits here: they are taken up again.
     std::string text;
     char buffer[512];
-    for (ssize_t n; (n = read(pipeEnds[0], buffer, sizeof buffer)) > 0;) text.append(buffer, n);
+    for (;;) {
+        const ssize_t n = read(pipeEnds[0], buffer, sizeof buffer);
+        if (n > 0) {
+            text.append(buffer, n);
+        } else if (n == 0 || errno != EINTR) {
+            break;
+        }
+    }
     close(pipeEnds[0]);
     int status = 0;
-    waitpid(child, &status, 0);
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return false;
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 1) {
         // Not a defined end: said here, then run again in this process.
