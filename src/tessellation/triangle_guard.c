@@ -2,7 +2,6 @@
 #include "tessellation/triangle_guard.h"
 
 #include <setjmp.h>
-#include <stdarg.h>
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
@@ -43,6 +42,7 @@ static struct {
     size_t addedVertices; /* where segments cross */
     struct frame* frames; /* frames[0] stands for the caller of triangulate() */
     size_t depth;
+    size_t depthBudget;
     size_t capacity;
     uintptr_t stackStart;
     size_t stackRoom;
@@ -58,12 +58,11 @@ static size_t g_idleWork;
 size_t* selvora_triangle_work = &g_idleWork;
 size_t selvora_triangle_budget = SIZE_MAX;
 
-static size_t WorkBudget(void) {
-    return kWorkPerItem * (g_run.items + g_run.addedVertices) + kWorkSlack;
-}
-
-static size_t DepthBudget(void) {
-    return kDepthPerItem * (g_run.items + g_run.addedVertices) + kDepthSlack;
+/* Sets both bounds from the size of the mesh, as it grows. */
+static void SetBudgets(void) {
+    const size_t size = g_run.items + g_run.addedVertices;
+    selvora_triangle_budget = kWorkPerItem * size + kWorkSlack;
+    g_run.depthBudget = kDepthPerItem * size + kDepthSlack;
 }
 
 static size_t StackUsed(void) {
@@ -110,10 +109,10 @@ SELVORA_HIDDEN void __cyg_profile_func_enter(void* function, void* callSite) {
     if (!g_run.active) return;
     if (function == selvora_triangle_segmentintersection) {
         ++g_run.addedVertices;
-        selvora_triangle_budget = WorkBudget();
+        SetBudgets();
     }
     SELVORA_TRIANGLE_STEP(); /* the call is work of the caller */
-    if (g_run.depth >= DepthBudget() || StackUsed() > g_run.stackRoom) Abandon();
+    if (g_run.depth >= g_run.depthBudget || StackUsed() > g_run.stackRoom) Abandon();
     if (g_run.depth + 1 == g_run.capacity && !GrowFrames())
         selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
     ++g_run.depth;
@@ -185,7 +184,7 @@ static void BeginRun(size_t items, uintptr_t stackStart, size_t stackRoom) {
     g_run.stackRoom = stackRoom;
     g_run.active = 1;
     selvora_triangle_work = &g_run.frames[0].work;
-    selvora_triangle_budget = WorkBudget();
+    SetBudgets();
 }
 
 static void EndRun(void) {
