@@ -1,5 +1,6 @@
-// BMP reader: uncompressed 1, 4, 8 and 24-bit files with the 40-byte
-// information header. The file is read sequentially in large pieces and
+// BMP reader: uncompressed 1, 4, 8 and 24-bit files whose information header
+// has at least the 40 bytes of the first Windows version (the longer later
+// versions included). The file is read sequentially in large pieces and
 // decoded from memory; running out of data behaves exactly as a failed
 // single-byte read would at that point of the file.
 #include <cstdint>
@@ -12,7 +13,8 @@
 namespace selvora {
 namespace {
 
-constexpr std::size_t kHeaderBytes = 54;              // 14-byte file header + 40-byte info header
+constexpr std::size_t kHeaderBytes = 54;  // 14-byte file header + 40-byte info header
+constexpr std::uint32_t kMinInfoHeaderBytes = 40;
 constexpr std::uint64_t kMaxBlockBytes = 0x7FFFFFFF;  // the block size must fit an int
 
 std::uint16_t U16(const unsigned char* p) { return static_cast<std::uint16_t>(p[0] | (p[1] << 8)); }
@@ -202,7 +204,9 @@ unsigned char* Read(const char* path, int* width, int* height) {
     if (got < kHeaderBytes) return nullptr;
     // File header: file size (2), reserved (6), reserved (8), pixel data offset (10).
     const std::uint32_t dataOffset = U32(header + 10);
-    // Information header from byte 14; its size field is not looked at.
+    // Information header from byte 14: its size, then the fields of the 40-byte
+    // header that every later version begins with.
+    const std::uint32_t infoHeaderSize = U32(header + 14);
     const std::int32_t w = I32(header + 18);
     const std::int32_t h = I32(header + 22);
     const std::uint16_t bitsPerPixel = U16(header + 28);
@@ -210,6 +214,7 @@ unsigned char* Read(const char* path, int* width, int* height) {
     std::uint32_t coloursUsed = U32(header + 46);
     src.Consume(kHeaderBytes);
 
+    if (infoHeaderSize < kMinInfoHeaderBytes) return nullptr;  // the 12-byte OS/2 header and junk
     if (compression != 0) return nullptr;
     const bool indexed = bitsPerPixel == 1 || bitsPerPixel == 4 || bitsPerPixel == 8;
     if (!indexed && bitsPerPixel != 24) return nullptr;  // 16, 32 and other depths
@@ -220,11 +225,15 @@ unsigned char* Read(const char* path, int* width, int* height) {
     const std::uint64_t columns = static_cast<std::uint64_t>(w);
     if (rows * columns * 3 > kMaxBlockBytes) return nullptr;
 
-    // The palette: entries of blue, green, red, reserved. Indices the file's
-    // palette does not cover give black, so no index reads outside the table.
+    // The palette: entries of blue, green, red, reserved, right after the whole
+    // information header. Indices the file's palette does not cover give
+    // black, so no index reads outside the table.
     unsigned char palette[256][3] = {};
     std::uint64_t counter = kHeaderBytes;
     if (indexed) {
+        const std::uint64_t rest = infoHeaderSize - kMinInfoHeaderBytes;
+        counter += rest;
+        if (counter > dataOffset || src.Skip(rest) != rest) return nullptr;
         const std::uint32_t tableSize = 1u << bitsPerPixel;
         if (coloursUsed == 0) coloursUsed = tableSize;
         counter += 4 * static_cast<std::uint64_t>(coloursUsed);
@@ -239,8 +248,8 @@ unsigned char* Read(const char* path, int* width, int* height) {
         }
         src.Consume(4 * kept);
         // Entries past the last reachable index are read and dropped.
-        const std::uint64_t rest = 4 * static_cast<std::uint64_t>(coloursUsed - kept);
-        if (src.Skip(rest) != rest) return nullptr;
+        const std::uint64_t unused = 4 * static_cast<std::uint64_t>(coloursUsed - kept);
+        if (src.Skip(unused) != unused) return nullptr;
     } else if (counter > dataOffset) {
         return nullptr;
     }

@@ -600,15 +600,82 @@ TEST_F(BmpReader, ShortHeaderIsRefused) {
                       ("length " + std::to_string(n)).c_str());
 }
 
-TEST_F(BmpReader, HeaderSizeFieldIsNotLookedAt) {
-    for (std::uint32_t headerSize : {0u, 12u, 40u, 108u, 124u, 0xFFFFFFFFu}) {
+TEST_F(BmpReader, TwentyFourBitFilesLoadWhateverTheHeaderSizeFromForty) {
+    // No palette: the pixels start at the data offset whatever the header holds.
+    for (std::uint32_t headerSize : {40u, 52u, 56u, 64u, 108u, 124u, 0xFFFFFFFFu}) {
         Bytes file = TwoByTwo24();
-        file[14] = static_cast<unsigned char>(headerSize & 0xFF);
-        file[17] = static_cast<unsigned char>(headerSize >> 24);
+        for (int i = 0; i < 4; ++i)
+            file[14 + i] = static_cast<unsigned char>(headerSize >> (8 * i));
         CImage image;
         ASSERT_EQ(Load(image, file), 1) << headerSize;
         EXPECT_EQ(Pixels(image), kTwoByTwoPixels) << headerSize;
     }
+}
+
+TEST_F(BmpReader, HeaderSizeBelowFortyIsRefused) {
+    // 12 is the old core header, whose fields are not the ones read here.
+    for (std::uint32_t headerSize : {0u, 12u, 16u, 39u}) {
+        Bytes file = TwoByTwo24();
+        for (int i = 0; i < 4; ++i)
+            file[14 + i] = static_cast<unsigned char>(headerSize >> (8 * i));
+        ExpectRefused(file, ("header size " + std::to_string(headerSize)).c_str());
+    }
+}
+
+// An indexed file whose information header has `headerSize` bytes: the 40
+// that are read, then filler that looks like palette entries of another colour.
+Bytes IndexedWithLongHeader(std::uint16_t bits, std::uint32_t headerSize, const Bytes& palette,
+                            std::uint32_t colours, const Bytes& rows) {
+    Header h;
+    h.bits = bits;
+    h.width = 3;
+    h.height = 2;
+    h.headerSize = headerSize;
+    h.coloursUsed = colours;
+    h.offset = 14 + headerSize + static_cast<std::uint32_t>(palette.size());
+    const Bytes filler(headerSize - 40, 0xEE);
+    return File(h, Cat({filler, palette, rows}));
+}
+
+TEST_F(BmpReader, PaletteFollowsAnInformationHeaderLongerThanForty) {
+    const Bytes palette = Cat({Entry(10, 20, 30), Entry(40, 50, 60), Entry(70, 80, 90)});
+    const Bytes c0 = {10, 20, 30}, c1 = {40, 50, 60}, c2 = {70, 80, 90};
+    // Bottom row 0 1 2, top row 2 1 0.
+    const Bytes expected = Cat({c0, c1, c2, c2, c1, c0});
+    struct Depth {
+        std::uint16_t bits;
+        Bytes rows;
+    };
+    const Depth depths[] = {
+        {8, {0, 1, 2, 0, 2, 1, 0, 0}},
+        {4, {0x01, 0x20, 0, 0, 0x21, 0x00, 0, 0}},
+        {1, {0x40, 0, 0, 0, 0xA0, 0, 0, 0}},  // two colours only: 0 1 0 / 1 0 1
+    };
+    for (std::uint32_t headerSize : {40u, 52u, 56u, 64u, 108u, 124u}) {
+        for (const Depth& d : depths) {
+            const std::uint32_t colours = d.bits == 1 ? 2 : 3;
+            const Bytes entries(palette.begin(), palette.begin() + 4 * colours);
+            CImage image;
+            ASSERT_EQ(
+                Load(image, IndexedWithLongHeader(d.bits, headerSize, entries, colours, d.rows)), 1)
+                << headerSize << " " << d.bits;
+            const Bytes want = d.bits == 1 ? Cat({c0, c1, c0, c1, c0, c1}) : expected;
+            EXPECT_EQ(Pixels(image), want) << headerSize << " bits " << d.bits;
+        }
+    }
+}
+
+TEST_F(BmpReader, LongInformationHeaderRunningPastTheDataOffsetIsRefused) {
+    const Bytes palette = Cat({Entry(10, 20, 30), Entry(40, 50, 60)});
+    Bytes file = IndexedWithLongHeader(8, 124, palette, 2, {0, 1, 0, 0, 1, 0, 0, 0});
+    // The data offset now points inside the palette, then inside the header.
+    for (std::uint32_t offset : {14u + 124u + 4u, 14u + 100u}) {
+        for (int i = 0; i < 4; ++i) file[10 + i] = static_cast<unsigned char>(offset >> (8 * i));
+        ExpectRefused(file, ("offset " + std::to_string(offset)).c_str());
+    }
+    // A header size no file can have.
+    for (int i = 0; i < 4; ++i) file[14 + i] = 0xFF;
+    ExpectRefused(file, "header size 0xFFFFFFFF");
 }
 
 TEST_F(BmpReader, OtherHeaderFieldsAreNotLookedAt) {
