@@ -1,5 +1,8 @@
-// TIFF reader: classic (non-Big) TIFF files of 8-bit, three-sample,
-// contiguous pixels, read strip-wise through libtiff's scanline interface.
+// TIFF reader: classic (non-Big) TIFF files. 8-bit RGB files stored
+// interleaved in strips are copied scanline by scanline, byte for byte; every
+// other picture libtiff can read completely is converted to R, G, B by
+// libtiff's RGBA interface (grey, bilevel, palette, CMYK, Lab, YCbCr, 16-bit,
+// alpha, tiles, separate planes).
 #include <tiffio.h>
 
 #include <cstdint>
@@ -43,51 +46,125 @@ TIFF* OpenQuietly(const char* path) {
     return tif;
 }
 
+// The block's size must stay within a signed 32-bit count.
+bool BlockFits(std::uint32_t columns, std::uint32_t rows) {
+    return columns > 0 && rows > 0 && std::uint64_t{rows} * columns * 3 <= 0x7FFFFFFFu;
+}
+
+// 8-bit R, G, B samples stored interleaved in strips: the scanlines hold the
+// block's bytes as they stand, and are copied unchanged.
+bool IsPlainRgb(TIFF* tif) {
+    std::uint16_t bitsPerSample = 0, samplesPerPixel = 0, planar = 0, photometric = 0;
+    return TIFFGetFieldDefaulted(tif, TIFFTAG_BITSPERSAMPLE, &bitsPerSample) &&
+           TIFFGetFieldDefaulted(tif, TIFFTAG_SAMPLESPERPIXEL, &samplesPerPixel) &&
+           TIFFGetFieldDefaulted(tif, TIFFTAG_PLANARCONFIG, &planar) &&
+           TIFFGetField(tif, TIFFTAG_PHOTOMETRIC, &photometric) && bitsPerSample == 8 &&
+           samplesPerPixel == 3 && planar == PLANARCONFIG_CONTIG &&
+           photometric == PHOTOMETRIC_RGB && !TIFFIsTiled(tif);
+}
+
+// Scanline by scanline; every row must decode.
+bool ReadScanlines(TIFF* tif, unsigned char* block, std::uint32_t columns, std::uint32_t rows) {
+    const std::size_t rowBytes = std::size_t{columns} * 3;
+    const tmsize_t scanlineSize = TIFFScanlineSize(tif);
+    if (scanlineSize <= 0 || static_cast<std::uint64_t>(scanlineSize) < rowBytes) return false;
+    unsigned char* scanline = static_cast<unsigned char*>(_TIFFmalloc(scanlineSize));
+    if (!scanline) return false;
+    bool ok = true;
+    // File rows come top row first; the block holds the bottom row first.
+    for (std::uint32_t row = 0; ok && row < rows; ++row) {
+        ok = TIFFReadScanline(tif, scanline, row, 0) >= 0;
+        if (ok) std::memcpy(block + std::size_t{rows - 1 - row} * rowBytes, scanline, rowBytes);
+    }
+    _TIFFfree(scanline);
+    return ok;
+}
+
+// libtiff multiplies the colour of unassociated alpha into the pixels it
+// converts. The alpha is dropped here and the colour wanted as stored, so the
+// handle's directory calls such alpha associated, which libtiff passes through.
+void KeepColourAsStored(TIFF* tif) {
+    std::uint16_t count = 0;
+    std::uint16_t* kinds = nullptr;
+    if (!TIFFGetField(tif, TIFFTAG_EXTRASAMPLES, &count, &kinds) || count == 0 || count > 16)
+        return;
+    std::uint16_t kept[16];
+    bool changed = false;
+    for (std::uint16_t i = 0; i < count; ++i) {
+        kept[i] = kinds[i] == EXTRASAMPLE_UNASSALPHA ? EXTRASAMPLE_ASSOCALPHA : kinds[i];
+        changed = changed || kept[i] != kinds[i];
+    }
+    if (changed) TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, count, kept);
+}
+
+// Rows of the file the RGBA interface decodes at once: whole strips or tiles,
+// about kBandPixels pixels, so that its raster stays small.
+std::uint32_t BandRows(TIFF* tif, std::uint32_t columns, std::uint32_t rows) {
+    constexpr std::uint64_t kBandPixels = 1 << 20;
+    std::uint32_t unit = 0;
+    if (TIFFIsTiled(tif))
+        TIFFGetField(tif, TIFFTAG_TILELENGTH, &unit);
+    else
+        TIFFGetFieldDefaulted(tif, TIFFTAG_ROWSPERSTRIP, &unit);
+    if (unit == 0 || unit > rows) unit = rows;
+    const std::uint64_t units = kBandPixels / (std::uint64_t{columns} * unit);
+    const std::uint64_t band = (units > 1 ? units : 1) * unit;
+    return band < rows ? static_cast<std::uint32_t>(band) : rows;
+}
+
+// Any other picture libtiff can read, converted to R, G, B by its RGBA
+// interface, band by band.
+bool ReadConverted(TIFF* tif, unsigned char* block, std::uint32_t columns, std::uint32_t rows) {
+    char message[1024];
+    if (!TIFFRGBAImageOK(tif, message)) return false;
+    KeepColourAsStored(tif);
+    TIFFRGBAImage image;
+    if (!TIFFRGBAImageBegin(&image, tif, 1, message)) return false;
+    image.req_orientation = ORIENTATION_BOTLEFT;
+    // A picture stored top row first comes out of each band upside down.
+    const std::uint16_t o = image.orientation;
+    const bool flipped = o == ORIENTATION_TOPLEFT || o == ORIENTATION_TOPRIGHT ||
+                         o == ORIENTATION_LEFTTOP || o == ORIENTATION_RIGHTTOP;
+
+    const std::uint32_t bandRows = BandRows(tif, columns, rows);
+    std::uint32_t* raster = static_cast<std::uint32_t*>(
+        _TIFFmalloc(static_cast<tmsize_t>(std::uint64_t{columns} * bandRows * 4)));
+    bool ok = raster != nullptr;
+    for (std::uint32_t first = 0; ok && first < rows; first += bandRows) {
+        const std::uint32_t count = rows - first < bandRows ? rows - first : bandRows;
+        image.row_offset = static_cast<int>(first);
+        image.col_offset = 0;
+        ok = TIFFRGBAImageGet(&image, raster, columns, count) != 0;
+        if (!ok) break;
+        // The band's rows, bottom row first, and where they go in the block.
+        const std::uint32_t to = flipped ? rows - first - count : first;
+        unsigned char* out = block + std::size_t{to} * columns * 3;
+        for (std::size_t i = 0, n = std::size_t{columns} * count; i < n; ++i) {
+            *out++ = static_cast<unsigned char>(TIFFGetR(raster[i]));
+            *out++ = static_cast<unsigned char>(TIFFGetG(raster[i]));
+            *out++ = static_cast<unsigned char>(TIFFGetB(raster[i]));
+        }
+    }
+    _TIFFfree(raster);
+    TIFFRGBAImageEnd(&image);
+    return ok;
+}
+
 // Reads the first image of an open file into a new block, or returns null.
 unsigned char* ReadPixels(TIFF* tif, int* width, int* height) {
     std::uint32_t rows = 0, columns = 0;
     if (!TIFFGetField(tif, TIFFTAG_IMAGELENGTH, &rows) ||
-        !TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &columns))
+        !TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &columns) || !BlockFits(columns, rows))
         return nullptr;
-    // The block's size must stay within a signed 32-bit count.
-    if (rows == 0 || columns == 0) return nullptr;
-    const std::uint64_t blockSize = std::uint64_t{rows} * columns * 3;
-    if (blockSize > 0x7FFFFFFFu) return nullptr;
-
-    // Only 8-bit samples, three per pixel, interleaved, are copied as they
-    // stand; anything else would need conversion the block has no room for.
-    std::uint16_t bitsPerSample = 0, samplesPerPixel = 0, planar = 0;
-    if (!TIFFGetFieldDefaulted(tif, TIFFTAG_BITSPERSAMPLE, &bitsPerSample) ||
-        !TIFFGetFieldDefaulted(tif, TIFFTAG_SAMPLESPERPIXEL, &samplesPerPixel) ||
-        !TIFFGetFieldDefaulted(tif, TIFFTAG_PLANARCONFIG, &planar))
-        return nullptr;
-    if (bitsPerSample != 8 || samplesPerPixel != 3 || planar != PLANARCONFIG_CONTIG) return nullptr;
-    // The scanline interface reads strips only; tiled files are refused.
-    if (TIFFIsTiled(tif)) return nullptr;
-
-    const std::size_t rowBytes = std::size_t{columns} * 3;
-    const tmsize_t scanlineSize = TIFFScanlineSize(tif);
-    // A smaller scanline (subsampled YCbCr, for one) would be overrun by the copy.
-    if (scanlineSize <= 0 || static_cast<std::uint64_t>(scanlineSize) < rowBytes) return nullptr;
-
-    unsigned char* scanline = static_cast<unsigned char*>(_TIFFmalloc(scanlineSize));
-    if (!scanline) return nullptr;
-    unsigned char* block = static_cast<unsigned char*>(std::malloc(blockSize));
-    if (!block) {
-        _TIFFfree(scanline);
+    unsigned char* block =
+        static_cast<unsigned char*>(std::malloc(std::size_t{rows} * columns * 3));
+    if (!block) return nullptr;
+    const bool ok = IsPlainRgb(tif) ? ReadScanlines(tif, block, columns, rows)
+                                    : ReadConverted(tif, block, columns, rows);
+    if (!ok) {
+        std::free(block);
         return nullptr;
     }
-    // File rows come top row first; the block holds the bottom row first.
-    for (std::uint32_t row = 0; row < rows; ++row) {
-        if (TIFFReadScanline(tif, scanline, row, 0) < 0) {
-            // A row that does not decode would leave undefined pixels.
-            std::free(block);
-            _TIFFfree(scanline);
-            return nullptr;
-        }
-        std::memcpy(block + std::size_t{rows - 1 - row} * rowBytes, scanline, rowBytes);
-    }
-    _TIFFfree(scanline);
     *width = static_cast<int>(columns);
     *height = static_cast<int>(rows);
     return block;
