@@ -2,30 +2,102 @@
 
 #include <curl/curl.h>
 
+#include <cctype>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <string>
 
 namespace selvora {
 namespace net {
 namespace {
 
 constexpr const char* kAgent = "Orvek";
+constexpr int kMaxRedirects = 30;  // a redirect loop ends instead of running on
 
 void InitCurlOnce() {
     static std::once_flag once;
     std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 }
 
+using Clock = std::chrono::steady_clock;
+
+bool StartsWithNoCase(const char* text, std::size_t length, const char* prefix) {
+    const std::size_t n = std::strlen(prefix);
+    if (length < n) return false;
+    for (std::size_t i = 0; i < n; ++i)
+        if (std::tolower(static_cast<unsigned char>(text[i])) != prefix[i]) return false;
+    return true;
+}
+
+bool IsOws(char c) { return c == ' ' || c == '\t'; }
+
+// The head of one response, as far as the exchange needs it.
+struct Head {
+    long status = 0;
+    bool complete = false;  // ended with its empty line
+    bool lengthSeen = false;
+    std::uint64_t length = 0;
+    bool framingBroken = false;  // conflicting or malformed Content-Length
+    std::string location;        // the first Location header's value
+};
+
+// A Content-Length field value is one decimal number, or a list of the same
+// number repeated; any other value, or a different number in another field
+// of the same head, leaves the body's length ambiguous.
+void TakeContentLength(Head& head, const char* value, std::size_t length) {
+    std::size_t i = 0;
+    for (;;) {
+        while (i < length && IsOws(value[i])) ++i;
+        const std::size_t digits = i;
+        std::uint64_t n = 0;
+        for (; i < length && value[i] >= '0' && value[i] <= '9'; ++i) {
+            if (n > (UINT64_MAX - 9) / 10) {
+                head.framingBroken = true;
+                return;
+            }
+            n = n * 10 + static_cast<std::uint64_t>(value[i] - '0');
+        }
+        if (i == digits || (head.lengthSeen && n != head.length)) {
+            head.framingBroken = true;
+            return;
+        }
+        head.lengthSeen = true;
+        head.length = n;
+        while (i < length && IsOws(value[i])) ++i;
+        if (i == length) return;
+        if (value[i++] != ',') {
+            head.framingBroken = true;
+            return;
+        }
+    }
+}
+
 struct Transfer {
     CURL* curl = nullptr;
     BodySink* sink = nullptr;
+    const Request* request = nullptr;
+    long stallSeconds = 60;
+    // Per response.
+    Head head;
     bool statusOk = false;
     bool statusKnown = false;
-    bool headComplete = false;  // the latest response's head ended with its empty line
     bool stoppedBySink = false;
-    const Request* request = nullptr;
     std::size_t sent = 0;  // POST body bytes handed to libcurl so far
+    // For the stall rule: when a byte last moved either way.
+    Clock::time_point lastByte;
+    curl_off_t seen = 0;
+
+    void StartRequest() {
+        head = Head();
+        statusOk = statusKnown = stoppedBySink = false;
+        sent = 0;
+        lastByte = Clock::now();
+        seen = 0;
+    }
 };
 
 long Status(CURL* curl) {
@@ -37,6 +109,7 @@ long Status(CURL* curl) {
 size_t OnBody(char* bytes, size_t size, size_t count, void* context) {
     Transfer& t = *static_cast<Transfer*>(context);
     const size_t length = size * count;
+    t.lastByte = Clock::now();
     if (!t.statusKnown) {
         const long status = Status(t.curl);
         t.statusOk = status >= 200 && status <= 299;
@@ -47,7 +120,8 @@ size_t OnBody(char* bytes, size_t size, size_t count, void* context) {
             declared >= 0)
             t.sink->Expect(static_cast<std::size_t>(declared));
     }
-    if (!t.statusOk) return 0;  // a failed status: the body is not wanted
+    // Only a 2xx body is wanted; a redirect's goes unread, as does a failure's.
+    if (!t.statusOk) return 0;
     if (t.sink && !t.sink->Take(bytes, length)) {
         t.stoppedBySink = true;
         return 0;
@@ -55,16 +129,30 @@ size_t OnBody(char* bytes, size_t size, size_t count, void* context) {
     return length;
 }
 
-// A status line starts a response's head (a redirect's, then the next one's);
-// the empty line ends it. A head cut short leaves its status unconfirmed.
+// A status line starts a response's head (a redirect's, an interim one's,
+// then the final one's); the empty line ends it. A head cut short leaves its
+// status unconfirmed. A head whose body length is ambiguous ends the exchange.
 size_t OnHeader(char* bytes, size_t size, size_t count, void* context) {
     Transfer& t = *static_cast<Transfer*>(context);
     const size_t length = size * count;
-    if (length >= 5 && std::memcmp(bytes, "HTTP/", 5) == 0)
-        t.headComplete = false;
-    else if ((length == 2 && bytes[0] == '\r' && bytes[1] == '\n') ||
-             (length == 1 && bytes[0] == '\n'))
-        t.headComplete = true;
+    t.lastByte = Clock::now();
+    std::size_t end = length;
+    while (end > 0 && (bytes[end - 1] == '\n' || bytes[end - 1] == '\r')) --end;
+    if (StartsWithNoCase(bytes, length, "http/")) {
+        t.head = Head();
+    } else if (end == 0) {
+        t.head.complete = true;
+        t.head.status = Status(t.curl);
+    } else if (StartsWithNoCase(bytes, end, "content-length:")) {
+        TakeContentLength(t.head, bytes + 15, end - 15);
+        if (t.head.framingBroken) return 0;
+    } else if (StartsWithNoCase(bytes, end, "location:") && t.head.location.empty()) {
+        std::size_t from = 9;
+        while (from < end && IsOws(bytes[from])) ++from;
+        std::size_t to = end;
+        while (to > from && IsOws(bytes[to - 1])) --to;
+        t.head.location.assign(bytes + from, to - from);
+    }
     return length;
 }
 
@@ -91,10 +179,11 @@ size_t OnSend(char* buffer, size_t size, size_t count, void* context) {
         written += n;
         t.sent += n;
     }
+    if (written) t.lastByte = Clock::now();
     return written;
 }
 
-// Rewinds the POST body, for a redirect that repeats the POST.
+// Rewinds the POST body, for a retry on a fresh connection.
 int OnSeek(void* context, curl_off_t offset, int origin) {
     Transfer& t = *static_cast<Transfer*>(context);
     const Request& r = *t.request;
@@ -104,6 +193,53 @@ int OnSeek(void* context, curl_off_t offset, int origin) {
     t.sent = static_cast<std::size_t>(offset);
     return CURL_SEEKFUNC_OK;
 }
+
+// The stall rule: the exchange fails once no byte has moved, either way, for
+// stallSeconds. A slow but steady transfer goes on as long as it takes.
+int OnProgress(void* context, curl_off_t downloaded, curl_off_t, curl_off_t, curl_off_t uploaded) {
+    Transfer& t = *static_cast<Transfer*>(context);
+    const Clock::time_point now = Clock::now();
+    if (downloaded + uploaded != t.seen) {
+        t.seen = downloaded + uploaded;
+        t.lastByte = now;
+    }
+    return now - t.lastByte >= std::chrono::seconds(t.stallSeconds) ? 1 : 0;
+}
+
+// Where a redirect leads: the Location resolved against the URL that gave it.
+std::string RedirectTarget(const std::string& from, const std::string& location) {
+    std::string target;
+    CURLU* url = curl_url();
+    char* text = nullptr;
+    if (url && curl_url_set(url, CURLUPART_URL, from.c_str(), 0) == CURLUE_OK &&
+        curl_url_set(url, CURLUPART_URL, location.c_str(),
+                     CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME) == CURLUE_OK &&
+        curl_url_get(url, CURLUPART_URL, &text, 0) == CURLUE_OK)
+        target = text;
+    curl_free(text);
+    curl_url_cleanup(url);
+    return target;
+}
+
+const char* Variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value && *value ? value : nullptr;
+}
+
+// The certificates to trust, as the curl tool and OpenSSL take them from the
+// environment: CURL_CA_BUNDLE alone when set, else SSL_CERT_FILE and
+// SSL_CERT_DIR; without any, libcurl's own store.
+template <typename Set>
+void TrustFromEnvironment(Set set) {
+    if (const char* bundle = Variable("CURL_CA_BUNDLE")) {
+        set(CURLOPT_CAINFO, bundle);
+        return;
+    }
+    if (const char* file = Variable("SSL_CERT_FILE")) set(CURLOPT_CAINFO, file);
+    if (const char* dir = Variable("SSL_CERT_DIR")) set(CURLOPT_CAPATH, dir);
+}
+
+bool IsRedirect(long status) { return status >= 300 && status <= 399; }
 
 }  // namespace
 
@@ -122,73 +258,112 @@ int EnsureInternetOnline(const char*) {
     return TestSettings().goOnlineSucceeds ? 1 : 0;
 }
 
+bool IsWebUrl(const char* url) {
+    if (!url) return false;
+    const std::size_t length = std::strlen(url);
+    return StartsWithNoCase(url, length, "http://") || StartsWithNoCase(url, length, "https://");
+}
+
 int Perform(const Request& request, BodySink* sink, bool* statusOk) {
     if (statusOk) *statusOk = false;
-    if (!request.url) return 0;
+    if (!IsWebUrl(request.url)) return 0;
     InitCurlOnce();
     CURL* curl = curl_easy_init();
     if (!curl) return 0;
 
+    const Settings& settings = TestSettings();
     Transfer t;
     t.curl = curl;
     t.sink = sink;
     t.request = &request;
-    const Settings& settings = TestSettings();
+    t.stallSeconds = settings.stallSeconds;
 
     // libcurl's own Accept and Content-Type are replaced by these; an empty
-    // Expect keeps it from waiting for "100 Continue".
-    curl_slist* headers = curl_slist_append(nullptr, "Accept: */*");
-    curl_slist* more = headers;
-    if (more && request.post) {
-        if (request.contentType) more = curl_slist_append(headers, request.contentType);
-        if (more) more = curl_slist_append(headers, "Expect:");
-    }
-    CURLcode code = headers && more ? CURLE_OK : CURLE_OUT_OF_MEMORY;
+    // Expect keeps it from waiting for "100 Continue". A GET, the follow-up
+    // of a redirected POST included, carries neither.
+    curl_slist* getHeaders = curl_slist_append(nullptr, "Accept: */*");
+    curl_slist* postHeaders = curl_slist_append(nullptr, "Accept: */*");
+    curl_slist* more = postHeaders;
+    if (more && request.contentType) more = curl_slist_append(postHeaders, request.contentType);
+    if (more) more = curl_slist_append(postHeaders, "Expect:");
+    CURLcode code = getHeaders && more ? CURLE_OK : CURLE_OUT_OF_MEMORY;
 
     auto set = [&](auto option, auto value) {
         if (code == CURLE_OK) code = curl_easy_setopt(curl, option, value);
     };
-    set(CURLOPT_URL, request.url);
+    set(CURLOPT_PROTOCOLS_STR, "http,https");
+    set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
     set(CURLOPT_USERAGENT, kAgent);
-    set(CURLOPT_HTTPHEADER, headers);
     set(CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeoutMs);
-    set(CURLOPT_LOW_SPEED_LIMIT, 1L);                    // fewer than 1 byte per second ...
-    set(CURLOPT_LOW_SPEED_TIME, settings.stallSeconds);  // ... for this long fails
-    set(CURLOPT_FOLLOWLOCATION, 1L);
-    set(CURLOPT_MAXREDIRS, 30L);  // a redirect loop ends instead of running on
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_WRITEFUNCTION, OnBody);
     set(CURLOPT_WRITEDATA, &t);
     set(CURLOPT_HEADERFUNCTION, OnHeader);
     set(CURLOPT_HEADERDATA, &t);
-    if (request.post) {
-        set(CURLOPT_POST, 1L);
-        set(CURLOPT_READFUNCTION, OnSend);
-        set(CURLOPT_READDATA, &t);
-        set(CURLOPT_SEEKFUNCTION, OnSeek);
-        set(CURLOPT_SEEKDATA, &t);
-        set(CURLOPT_POSTFIELDSIZE_LARGE,
-            static_cast<curl_off_t>(request.prefixLength + request.dataLength));
-    }
+    set(CURLOPT_NOPROGRESS, 0L);
+    set(CURLOPT_XFERINFOFUNCTION, OnProgress);
+    set(CURLOPT_XFERINFODATA, &t);
+    set(CURLOPT_READFUNCTION, OnSend);
+    set(CURLOPT_READDATA, &t);
+    set(CURLOPT_SEEKFUNCTION, OnSeek);
+    set(CURLOPT_SEEKDATA, &t);
+    TrustFromEnvironment(set);
     // Large reads keep the per-read overhead of a big body small; a libcurl
     // that refuses this size keeps its default.
     curl_easy_setopt(curl, CURLOPT_BUFFERSIZE, 1024L * 1024L);
-    if (code == CURLE_OK) code = curl_easy_perform(curl);
+
+    // Redirects are followed here rather than by libcurl, so that each hop's
+    // target is checked and a POST turned GET drops its Content-Type.
+    std::string url = request.url;
+    bool post = request.post;
+    for (int redirects = 0; code == CURLE_OK; ++redirects) {
+        t.StartRequest();
+        set(CURLOPT_URL, url.c_str());
+        if (post) {
+            set(CURLOPT_POST, 1L);
+            set(CURLOPT_POSTFIELDSIZE_LARGE,
+                static_cast<curl_off_t>(request.prefixLength + request.dataLength));
+            set(CURLOPT_HTTPHEADER, postHeaders);
+        } else {
+            set(CURLOPT_HTTPGET, 1L);
+            set(CURLOPT_HTTPHEADER, getHeaders);
+        }
+        if (code != CURLE_OK) break;
+        code = curl_easy_perform(curl);
+        // A redirect's body is cut off unread: its head says all there is.
+        const bool redirected = t.head.complete && !t.head.framingBroken &&
+                                IsRedirect(t.head.status) && !t.head.location.empty() &&
+                                (code == CURLE_OK || code == CURLE_WRITE_ERROR);
+        if (!redirected) break;
+        const std::string target = RedirectTarget(url, t.head.location);
+        if (redirects == kMaxRedirects || !IsWebUrl(target.c_str())) {
+            code = CURLE_TOO_MANY_REDIRECTS;
+            t.statusOk = false;
+            break;
+        }
+        // 301, 302 and 303 turn a POST into a GET; 307 and 308 repeat it.
+        if (t.head.status == 301 || t.head.status == 302 || t.head.status == 303) post = false;
+        url = target;
+        code = CURLE_OK;
+    }
 
     // A body that carried nothing still has a status to check, once its head
     // arrived whole.
     if (!t.statusKnown) {
         const long status = Status(curl);
-        t.statusOk = t.headComplete && status >= 200 && status <= 299;
+        t.statusOk = t.head.complete && !t.head.framingBroken && status >= 200 && status <= 299;
     }
     int result = 0;
-    if (code == CURLE_OK)
+    if (t.head.framingBroken)
+        result = 0;
+    else if (code == CURLE_OK)
         result = t.statusOk ? 1 : 0;
     else if (code == CURLE_WRITE_ERROR && t.stoppedBySink && sink->StoppedEarlyIsSuccess())
         result = 1;
-    if (statusOk) *statusOk = t.statusOk;
+    if (statusOk) *statusOk = t.statusOk && !t.head.framingBroken;
 
-    curl_slist_free_all(headers);
+    curl_slist_free_all(getHeaders);
+    curl_slist_free_all(postHeaders);
     curl_easy_cleanup(curl);
     return result;
 }

@@ -29,8 +29,12 @@ struct Request {
     std::size_t dataLength = 0;
 };
 
-// Runs one exchange. Returns 1 when the status was 2xx and the whole body (or
-// as much as the sink wanted) arrived, else 0. The sink sees body bytes only
+// True for an http:// or https:// URL (scheme in any case): the only ones
+// the exchanges request or follow.
+bool IsWebUrl(const char* url);
+
+// Runs one exchange, following redirects. Returns 1 when the status was 2xx
+// and the whole body (or as much as the sink wanted) arrived, else 0. The sink sees body bytes only
 // of a 2xx response. *statusOk tells whether a 2xx status was received.
 int Perform(const Request& request, BodySink* sink, bool* statusOk);
 

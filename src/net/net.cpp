@@ -178,8 +178,12 @@ class MatrixSink : public BodySink {
 
 }  // namespace
 
+// Only http:// and https:// URLs are requested; any other is refused before
+// a file or a connection is touched.
+using selvora::net::IsWebUrl;
+
 int OV_GetHtml(const char* url, OvString* out) {
-    if (!url || !out) return 0;
+    if (!IsWebUrl(url) || !out) return 0;
     Request request;
     request.url = url;
     // On a 2xx status the text is what arrived, even when the transfer was cut
@@ -192,8 +196,8 @@ int OV_GetHtml(const char* url, OvString* out) {
 }
 
 int LoadSymbolInternet(char* onlineUrl, char* url, const char* filePath) {
+    if (!IsWebUrl(url)) return 0;
     if (!selvora::net::EnsureInternetOnline(onlineUrl)) return 0;
-    if (!url) return 0;
     Request request;
     request.url = url;
     if (!filePath) {
@@ -207,8 +211,9 @@ int LoadSymbolInternet(char* onlineUrl, char* url, const char* filePath) {
 
 int GetMatrixInternet(char* onlineUrl, char* url, unsigned char* data, int dataLength,
                       Matrix3d* result) {
+    if (!IsWebUrl(url)) return 0;
     if (!selvora::net::EnsureInternetOnline(onlineUrl)) return 0;
-    if (!url || !result || dataLength < 0 || (dataLength > 0 && !data)) return 0;
+    if (!result || dataLength < 0 || (dataLength > 0 && !data)) return 0;
     static const unsigned char kBoundary[] = {'1', '1', '2', '2', '3', '3', '4', '4', '5', '5'};
     Request request;
     request.url = url;

@@ -1,6 +1,7 @@
 // The HTTP exchanges against servers on 127.0.0.1 that the tests start
 // themselves: a small scripted server that records every request byte and
-// answers canned responses, and python3's http.server.
+// answers canned responses, the same behind TLS with certificates the tests
+// make, and python3's http.server.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,9 +27,11 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -36,6 +40,7 @@
 
 #include "net/http.h"
 #include "selvora/net/net.h"
+#include "support/tls_loopback.h"
 
 extern char** environ;
 
@@ -124,7 +129,9 @@ std::string Head(int status, const std::string& headers) {
                                                         {204, "No Content"},
                                                         {301, "Moved Permanently"},
                                                         {302, "Found"},
+                                                        {303, "See Other"},
                                                         {307, "Temporary Redirect"},
+                                                        {308, "Permanent Redirect"},
                                                         {404, "Not Found"},
                                                         {500, "Internal Server Error"}};
     const auto reason = kReasons.find(status);
@@ -218,6 +225,7 @@ class Server {
     Server& operator=(const Server&) = delete;
 
     bool Running() const { return thread_.joinable(); }
+    std::uint16_t Port() const { return port_; }
     std::string Url(const std::string& path) const {
         return "http://127.0.0.1:" + std::to_string(port_) + path;
     }
@@ -1307,6 +1315,459 @@ TEST_F(PythonHttpServer, PageAndBinaryFile) {
     const fs::path never = dir_.Path() / "never.bin";
     EXPECT_EQ(0, LoadSymbolInternet(online.data(), missing.data(), never.c_str()));
     EXPECT_EQ(Listing{"symbol.bin"}, Names(dir_.Path()));
+}
+
+// ---------------------------------------------------------------------------
+// Only http and https, requested or redirected to
+
+// Every scheme libcurl knows besides the two, and URLs without one.
+const std::vector<std::string> kOtherSchemes = {
+    "file", "ftp",  "ftps",   "smtp", "smtps", "gopher", "gophers", "dict", "scp",
+    "sftp", "tftp", "telnet", "ldap", "ldaps", "imap",   "imaps",   "pop3", "pop3s",
+    "rtsp", "rtmp", "mqtt",   "smb",  "smbs",  "ws",     "wss"};
+
+class Schemes : public Net {
+  protected:
+    // URLs of every other scheme, aimed at a server that counts connections.
+    std::vector<std::string> OtherUrls(const Server& trap) const {
+        const std::string authority = "127.0.0.1:" + std::to_string(trap.Port());
+        std::vector<std::string> urls;
+        for (const std::string& scheme : kOtherSchemes)
+            urls.push_back(scheme + "://" + authority + "/x");
+        urls.push_back(authority + "/x");  // no scheme: libcurl would guess http
+        urls.push_back("//" + authority + "/x");
+        urls.push_back(" http://" + authority + "/x");
+        urls.push_back("http:/" + authority + "/x");
+        urls.push_back("httpx://" + authority + "/x");
+        return urls;
+    }
+    Server trap_;
+};
+
+TEST_F(Schemes, OtherSchemesAreRefusedBeforeAnyConnection) {
+    ASSERT_TRUE(trap_.Running());
+    trap_.On("/x", Reply(200, LittleEndian(kWords)));
+    const fs::path file = dir_.Path() / "never.sym";
+    for (std::string url : OtherUrls(trap_)) {
+        OvString out("keep");
+        EXPECT_EQ(0, OV_GetHtml(url.c_str(), &out)) << url;
+        EXPECT_EQ("keep", Text(out)) << url;
+        std::string online = Url("/");
+        EXPECT_EQ(0, LoadSymbolInternet(online.data(), url.data(), file.c_str())) << url;
+        EXPECT_EQ(0, LoadSymbolInternet(online.data(), url.data(), nullptr)) << url;
+        Matrix3d m = Sentinel();
+        unsigned char data[4] = {1, 2, 3, 4};
+        EXPECT_EQ(0, GetMatrixInternet(online.data(), url.data(), data, 4, &m)) << url;
+        ExpectSentinel(m);
+    }
+    EXPECT_EQ(0, trap_.Connections());
+    EXPECT_EQ(0, server_.Connections());
+    EXPECT_EQ(Listing{}, Names(dir_.Path()));
+}
+
+TEST_F(Schemes, SchemeCaseDoesNotMatter) {
+    server_.On("/page", Reply(200, "any case"));
+    const std::string rest = "://127.0.0.1:" + std::to_string(server_.Port()) + "/page";
+    for (const char* scheme : {"HTTP", "Http", "hTTp"}) {
+        OvString out;
+        EXPECT_EQ(1, OV_GetHtml((scheme + rest).c_str(), &out)) << scheme;
+        EXPECT_EQ("any case", Text(out)) << scheme;
+    }
+}
+
+TEST_F(Schemes, LocalFilesAreNeitherReadNorOpened) {
+    const fs::path secret = dir_.Path() / "secret.txt";
+    WriteFile(secret, "not for the network");
+    const fs::path fifo = dir_.Path() / "fifo";
+    ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600));
+    const fs::path target = dir_.Path() / "copy.sym";
+    for (const fs::path& path : {secret, fifo}) {
+        std::string url = "file://" + path.string();
+        // Opening the FIFO would block until a writer came; a writer is
+        // brought in only if the exchange has not returned within 10 s.
+        auto fetch = std::async(std::launch::async, [url] {
+            OvString out("keep");
+            const int result = OV_GetHtml(url.c_str(), &out);
+            return result == 0 && Text(out) == "keep";
+        });
+        if (fetch.wait_for(10s) != std::future_status::ready) {
+            ADD_FAILURE() << url << " was opened";
+            const int writer = ::open(fifo.c_str(), O_WRONLY | O_CLOEXEC);
+            if (writer >= 0) ::close(writer);
+        }
+        EXPECT_TRUE(fetch.get()) << url;
+        std::string online = Url("/");
+        EXPECT_EQ(0, LoadSymbolInternet(online.data(), url.data(), target.c_str())) << url;
+    }
+    EXPECT_EQ((Listing{"fifo", "secret.txt"}), Names(dir_.Path()));
+}
+
+TEST_F(Schemes, RedirectsToOtherSchemesAreNotFollowed) {
+    ASSERT_TRUE(trap_.Running());
+    trap_.On("/x", Reply(200, LittleEndian(kWords)));
+    const fs::path file = dir_.Path() / "kept.sym";
+    WriteFile(file, "the old symbol");
+    int n = 0;
+    std::vector<std::string> targets;
+    for (const std::string& scheme : kOtherSchemes)
+        targets.push_back(scheme + "://127.0.0.1:" + std::to_string(trap_.Port()) + "/x");
+    targets.push_back("file://" + file.string());
+    for (const std::string& target : targets) {
+        for (int status : {301, 302, 303, 307, 308}) {
+            const std::string path = "/away" + std::to_string(n++);
+            server_.On(path, Redirect(status, target));
+            OvString out("keep");
+            EXPECT_EQ(0, OV_GetHtml(Url(path).c_str(), &out)) << status << " " << target;
+            EXPECT_EQ("keep", Text(out));
+            EXPECT_EQ(0, Load(path, file)) << status << " " << target;
+            Matrix3d m = Sentinel();
+            EXPECT_EQ(0, PostMatrix(path, "data", &m)) << status << " " << target;
+            ExpectSentinel(m);
+        }
+    }
+    EXPECT_EQ(0, trap_.Connections());
+    EXPECT_EQ("the old symbol", ReadFile(file));
+    EXPECT_EQ(Listing{"kept.sym"}, Names(dir_.Path()));
+}
+
+// ---------------------------------------------------------------------------
+// Framing: a body whose length is ambiguous is no body
+
+std::string WithLengths(int status, const std::vector<std::string>& lengths,
+                        const std::string& body, const std::string& more = "") {
+    std::string head = "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + more;
+    for (const std::string& length : lengths) head += "Content-Length:" + length + "\r\n";
+    return head + "Connection: close\r\n\r\n" + body;
+}
+
+class Framing : public Net {};
+
+TEST_F(Framing, ConflictingOrMalformedLengthsFail) {
+    const std::string body = "0123456789";
+    const std::vector<std::vector<std::string>> bad = {
+        {" 10", " 5"}, {" 5", " 10"},     {" 5, 10"}, {" 10, 5"},
+        {" 10,10,5"},  {" 10", " 10, 5"}, {" abc"},   {" -5"},
+        {" 5x"},       {" +5"},           {" "},      {" 5,"},
+        {" ,5"},       {" 5 5"},          {" 0x0A"},  {" 99999999999999999999999"}};
+    const fs::path file = dir_.Path() / "kept.sym";
+    WriteFile(file, "the old symbol");
+    int n = 0;
+    for (const auto& lengths : bad) {
+        std::string what;
+        for (const std::string& l : lengths) what += "[" + l + "]";
+        const std::string path = "/bad" + std::to_string(n++);
+        server_.On(path, Raw(WithLengths(200, lengths, body)));
+        OvString out("keep");
+        EXPECT_EQ(0, OV_GetHtml(Url(path).c_str(), &out)) << what;
+        EXPECT_EQ("keep", Text(out)) << what;
+        EXPECT_EQ(0, Load(path, file)) << what;
+        EXPECT_EQ(0, Load(path, nullptr)) << what;
+        EXPECT_EQ("the old symbol", ReadFile(file)) << what;
+        Matrix3d m = Sentinel();
+        server_.On(path + "m", Raw(WithLengths(200, lengths, LittleEndian(kWords))));
+        EXPECT_EQ(0, PostMatrix(path + "m", "data", &m)) << what;
+        ExpectSentinel(m);
+    }
+    EXPECT_EQ(Listing{"kept.sym"}, Names(dir_.Path()));
+}
+
+TEST_F(Framing, TheSameLengthRepeatedIsOneLength) {
+    const std::string body = "0123456789";
+    const std::vector<std::vector<std::string>> same = {
+        {" 10"}, {"10"}, {" 10 "}, {"\t10"}, {" 10", " 10"}, {" 10, 10"}, {" 10,10 , 10"}};
+    int n = 0;
+    for (const auto& lengths : same) {
+        const std::string path = "/same" + std::to_string(n++);
+        server_.On(path, Raw(WithLengths(200, lengths, body)));
+        OvString out;
+        EXPECT_EQ(1, OV_GetHtml(Url(path).c_str(), &out)) << lengths[0];
+        EXPECT_EQ(body, Text(out)) << lengths[0];
+        const fs::path file = dir_.Path() / ("same" + std::to_string(n) + ".sym");
+        EXPECT_EQ(1, Load(path, file)) << lengths[0];
+        EXPECT_EQ(body, ReadFile(file)) << lengths[0];
+    }
+}
+
+TEST_F(Framing, ConflictingLengthsInARedirectFail) {
+    server_.On("/target", Reply(200, "arrived"));
+    server_.On("/away", Raw(WithLengths(302, {" 5", " 6"}, "moved",
+                                        "Location: " + Url("/target") + "\r\n")));
+    OvString out("keep");
+    EXPECT_EQ(0, OV_GetHtml(Url("/away").c_str(), &out));
+    EXPECT_EQ("keep", Text(out));
+    EXPECT_EQ(1u, server_.Requests().size());
+}
+
+// ---------------------------------------------------------------------------
+// The stall rule: no byte for the stall time, not a low average
+
+// The head, then one body byte every `pause`, declared in advance.
+Responder Trickle(std::string body, std::chrono::milliseconds pause) {
+    return [=](int fd, const std::atomic<bool>& stop) {
+        NoDelay(fd);
+        SendAll(fd, Head(200, Length(body.size())));
+        for (char c : body) {
+            for (auto waited = 0ms; waited < pause && !stop; waited += 10ms)
+                std::this_thread::sleep_for(10ms);
+            if (stop) return;
+            SendAll(fd, std::string(1, c));
+        }
+    };
+}
+
+class Stall : public Net {};
+
+TEST_F(Stall, OneByteEveryTwoSecondsForSeventySecondsSucceeds) {
+    ASSERT_EQ(60, TestSettings().stallSeconds);  // the library's own limit
+    const std::string body = RandomText(35, 35);
+    server_.On("/slow", Trickle(body, 2000ms));
+    const auto start = std::chrono::steady_clock::now();
+    OvString out;
+    EXPECT_EQ(1, OV_GetHtml(Url("/slow").c_str(), &out));
+    EXPECT_EQ(body, Text(out));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 68s);
+}
+
+TEST_F(Stall, ASteadyTrickleOutlivesTheStallTime) {
+    TestSettings().stallSeconds = 2;
+    const std::string body = RandomText(8, 8);
+    server_.On("/slow", Trickle(body, 700ms));
+    const fs::path file = dir_.Path() / "slow.sym";
+    EXPECT_EQ(1, Load("/slow", file));
+    EXPECT_EQ(body, ReadFile(file));
+}
+
+TEST_F(Stall, ASilentServerFailsAfterTheStallTime) {
+    TestSettings().stallSeconds = 2;
+    // Accepted, request read, never a word back.
+    server_.On("/silent",
+               [](int fd, const std::atomic<bool>& stop) { WaitForClientClose(fd, stop); });
+    const auto start = std::chrono::steady_clock::now();
+    OvString out("keep");
+    EXPECT_EQ(0, OV_GetHtml(Url("/silent").c_str(), &out));
+    EXPECT_EQ("keep", Text(out));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
+}
+
+// ---------------------------------------------------------------------------
+// A POST redirected to a GET leaves its body and Content-Type behind
+
+TEST_F(MatrixPost, RedirectedToAGetTheRequestIsAPlainGet) {
+    const std::string data = RandomBytes(5000, 77);
+    server_.On("/matrix", Reply(200, LittleEndian(kWords)));
+    for (int status : {301, 302, 303})
+        server_.On("/r" + std::to_string(status), Redirect(status, "/matrix"));
+    for (int status : {301, 302, 303}) {
+        Matrix3d m = Sentinel();
+        EXPECT_EQ(1, PostMatrix("/r" + std::to_string(status), data, &m)) << status;
+        ExpectMatrixWords(m, kWords);
+    }
+    const auto requests = server_.Requests();
+    ASSERT_EQ(6u, requests.size());
+    for (std::size_t i = 0; i < 6; i += 2) {
+        EXPECT_EQ(1, Count(Parse(requests[i]), "Content-Type")) << i;
+        ExpectPlainGet(requests[i + 1], "/matrix");
+        EXPECT_EQ(0, Count(Parse(requests[i + 1]), "Content-Type")) << i;
+    }
+}
+
+TEST_F(MatrixPost, RedirectedWithTheMethodKeptTheRequestIsTheSamePost) {
+    const std::string data = RandomBytes(5000, 78);
+    server_.On("/matrix", Reply(200, LittleEndian(kWords)));
+    for (int status : {307, 308})
+        server_.On("/r" + std::to_string(status), Redirect(status, "/matrix"));
+    for (int status : {307, 308}) {
+        Matrix3d m = Sentinel();
+        EXPECT_EQ(1, PostMatrix("/r" + std::to_string(status), data, &m)) << status;
+        ExpectMatrixWords(m, kWords);
+    }
+    const auto requests = server_.Requests();
+    ASSERT_EQ(4u, requests.size());
+    for (std::size_t i = 0; i < 4; ++i) {
+        const Message m = Parse(requests[i]);
+        EXPECT_EQ(i % 2 ? "POST /matrix HTTP/1.1"
+                        : "POST /r" + std::to_string(i < 2 ? 307 : 308) + " HTTP/1.1",
+                  m.start);
+        ExpectCommonHeaders(m);
+        EXPECT_EQ(1, Count(m, "Content-Type"));
+        EXPECT_EQ("multipart/form-data; boundary=1122334455", Value(m, "Content-Type"));
+        EXPECT_TRUE(m.body == "1122334455" + data) << i;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// HTTPS with a private certificate authority, trusted through the environment
+
+using selvora_test::Leaf;
+using selvora_test::TestCa;
+using selvora_test::TlsFront;
+
+const char* const kTrustVariables[] = {"CURL_CA_BUNDLE", "SSL_CERT_FILE", "SSL_CERT_DIR"};
+
+class Https : public Net {
+  protected:
+    void SetUp() override {
+        Net::SetUp();
+        for (const char* name : kTrustVariables) {
+            const char* value = std::getenv(name);
+            saved_.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
+            ::unsetenv(name);
+        }
+        caFile_ = (dir_.Path() / "ca.pem").string();
+        ASSERT_TRUE(ca_.WritePem(caFile_));
+        otherFile_ = (dir_.Path() / "other.pem").string();
+        ASSERT_TRUE(other_.WritePem(otherFile_));
+        good_ = ca_.Issue("127.0.0.1", {"127.0.0.1"}, {"localhost"});
+    }
+    void TearDown() override {
+        for (const auto& [name, value] : saved_) {
+            if (value)
+                ::setenv(name.c_str(), value->c_str(), 1);
+            else
+                ::unsetenv(name.c_str());
+        }
+        Net::TearDown();
+    }
+
+    // Page, download and matrix through the given front: 1 each when all work,
+    // 0 each when all fail (nothing changed then).
+    void ExpectExchanges(const TlsFront& front, int expected) {
+        server_.On("/page", Reply(200, "secure page"));
+        server_.On("/symbol", Reply(200, "secure symbol"));
+        server_.On("/matrix", Reply(200, LittleEndian(kWords)));
+        OvString out("keep");
+        EXPECT_EQ(expected, OV_GetHtml(front.Url("/page").c_str(), &out));
+        EXPECT_EQ(expected ? "secure page" : "keep", Text(out));
+
+        const fs::path file = dir_.Path() / "symbol.sym";
+        WriteFile(file, "old symbol");
+        std::string online = front.Url("/");
+        std::string url = front.Url("/symbol");
+        EXPECT_EQ(expected, LoadSymbolInternet(online.data(), url.data(), file.c_str()));
+        EXPECT_EQ(expected ? "secure symbol" : "old symbol", ReadFile(file));
+        fs::remove(file);
+
+        url = front.Url("/matrix");
+        unsigned char data[3] = {'a', 'b', 'c'};
+        Matrix3d m = Sentinel();
+        EXPECT_EQ(expected, GetMatrixInternet(online.data(), url.data(), data, 3, &m));
+        if (expected)
+            ExpectMatrixWords(m, kWords);
+        else
+            ExpectSentinel(m);
+    }
+
+    TestCa ca_;
+    TestCa other_;
+    std::string caFile_, otherFile_;
+    Leaf good_;
+    std::vector<std::pair<std::string, std::optional<std::string>>> saved_;
+};
+
+TEST_F(Https, PrivateCaIsNotTrustedByDefault) {
+    TlsFront front(good_, server_.Port());
+    ASSERT_TRUE(front.Running());
+    ExpectExchanges(front, 0);
+    EXPECT_EQ(0u, server_.Requests().size());
+}
+
+TEST_F(Https, CurlCaBundleIsTrusted) {
+    TlsFront front(good_, server_.Port());
+    ASSERT_TRUE(front.Running());
+    ::setenv("CURL_CA_BUNDLE", caFile_.c_str(), 1);
+    ExpectExchanges(front, 1);
+    EXPECT_EQ(3u, server_.Requests().size());
+    EXPECT_EQ(3, front.Handshakes());
+}
+
+TEST_F(Https, SslCertFileIsTrusted) {
+    TlsFront front(good_, server_.Port());
+    ::setenv("SSL_CERT_FILE", caFile_.c_str(), 1);
+    ExpectExchanges(front, 1);
+}
+
+TEST_F(Https, SslCertDirIsTrusted) {
+    TlsFront front(good_, server_.Port());
+    const fs::path certs = dir_.Path() / "certs";
+    fs::create_directory(certs);
+    ASSERT_TRUE(ca_.WritePem((certs / ca_.SubjectHashName()).string()));
+    ::setenv("SSL_CERT_DIR", certs.c_str(), 1);
+    ExpectExchanges(front, 1);
+    fs::remove_all(certs);
+}
+
+TEST_F(Https, CurlCaBundleComesBeforeTheOpenSslVariables) {
+    TlsFront front(good_, server_.Port());
+    const fs::path certs = dir_.Path() / "certs";
+    fs::create_directory(certs);
+    ASSERT_TRUE(ca_.WritePem((certs / ca_.SubjectHashName()).string()));
+    ::setenv("CURL_CA_BUNDLE", otherFile_.c_str(), 1);
+    ::setenv("SSL_CERT_FILE", caFile_.c_str(), 1);
+    ::setenv("SSL_CERT_DIR", certs.c_str(), 1);
+    ExpectExchanges(front, 0);
+    // An empty variable counts as unset.
+    ::setenv("CURL_CA_BUNDLE", "", 1);
+    ExpectExchanges(front, 1);
+    fs::remove_all(certs);
+}
+
+TEST_F(Https, UntrustedSelfSignedWrongHostAndExpiredCertificatesFail) {
+    ::setenv("CURL_CA_BUNDLE", caFile_.c_str(), 1);
+    const std::pair<const char*, Leaf> leaves[] = {
+        {"issued by another authority", other_.Issue("127.0.0.1", {"127.0.0.1"}, {})},
+        {"self-signed", TestCa::SelfSigned("127.0.0.1", {"127.0.0.1"}, {})},
+        {"for another host", ca_.Issue("wrong.example", {}, {"wrong.example"})},
+        {"for another address", ca_.Issue("127.0.0.2", {"127.0.0.2"}, {})},
+        {"expired", ca_.Issue("127.0.0.1", {"127.0.0.1"}, {}, -7200, -3600)},
+        {"not yet valid", ca_.Issue("127.0.0.1", {"127.0.0.1"}, {}, 3600, 7200)},
+    };
+    for (const auto& [what, leaf] : leaves) {
+        SCOPED_TRACE(what);
+        TlsFront front(leaf, server_.Port());
+        ASSERT_TRUE(front.Running());
+        ExpectExchanges(front, 0);
+        EXPECT_EQ(3, front.Connections());
+    }
+    // Not one request got through to the server.
+    EXPECT_EQ(0u, server_.Requests().size());
+    EXPECT_EQ((Listing{"ca.pem", "other.pem"}), Names(dir_.Path()));
+}
+
+TEST_F(Https, RedirectsGoBetweenHttpAndHttps) {
+    ::setenv("CURL_CA_BUNDLE", caFile_.c_str(), 1);
+    TlsFront front(good_, server_.Port());  // the same routes, behind TLS
+    ASSERT_TRUE(front.Running());
+    server_.On("/page", Reply(200, "either way"));
+    server_.On("/matrix", Reply(200, LittleEndian(kWords)));
+    server_.On("/up", Redirect(302, front.Url("/page")));
+    server_.On("/down", Redirect(301, server_.Url("/page")));
+    server_.On("/up-post", Redirect(307, front.Url("/matrix")));
+    server_.On("/down-post", Redirect(308, server_.Url("/matrix")));
+
+    for (const std::string& url : {server_.Url("/up"), front.Url("/down")}) {
+        OvString out;
+        EXPECT_EQ(1, OV_GetHtml(url.c_str(), &out)) << url;
+        EXPECT_EQ("either way", Text(out)) << url;
+        const fs::path file = dir_.Path() / "page.sym";
+        std::string online = server_.Url("/");
+        std::string target = url;
+        EXPECT_EQ(1, LoadSymbolInternet(online.data(), target.data(), file.c_str())) << url;
+        EXPECT_EQ("either way", ReadFile(file)) << url;
+    }
+    for (const std::string& url : {server_.Url("/up-post"), front.Url("/down-post")}) {
+        std::string online = server_.Url("/");
+        std::string target = url;
+        unsigned char data[3] = {'x', 'y', 'z'};
+        Matrix3d m = Sentinel();
+        EXPECT_EQ(1, GetMatrixInternet(online.data(), target.data(), data, 3, &m)) << url;
+        ExpectMatrixWords(m, kWords);
+    }
+    const auto requests = server_.Requests();
+    ASSERT_EQ(12u, requests.size());
+    EXPECT_EQ("POST /matrix HTTP/1.1", Parse(requests[9]).start);
+    EXPECT_EQ("1122334455xyz", Parse(requests[9]).body);
+    EXPECT_EQ("POST /matrix HTTP/1.1", Parse(requests[11]).start);
+    EXPECT_EQ(6, front.Handshakes());  // one per request made over TLS
 }
 
 }  // namespace
