@@ -45,15 +45,19 @@ int RunFetch(const std::string& url, const std::string& outPath) {
     if (outPath.empty()) {
         OvString page;
         if (!OV_GetHtml(url.c_str(), &page)) {
-            return Fail(url + ": no page (no answer, or a status other than 2xx)");
+            return Fail(url +
+                        ": no page (not an http:// or https:// URL, no answer, or a status other "
+                        "than 2xx)");
         }
         std::fwrite((const char*)page, 1, size_t(page.GetLength()), stdout);
         return 0;
     }
     std::vector<char> address = Writable(url);
     if (!LoadSymbolInternet(address.data(), address.data(), outPath.c_str())) {
-        return Fail(url + ": not downloaded to " + outPath +
-                    " (no answer, a status other than 2xx, or the file cannot be written)");
+        return Fail(
+            url + ": not downloaded to " + outPath +
+            " (not an http:// or https:// URL, no answer, a status other than 2xx, or the file"
+            " cannot be written)");
     }
     struct stat info;
     const long long size = stat(outPath.c_str(), &info) == 0 ? info.st_size : -1;
@@ -71,7 +75,8 @@ int RunMatrix(const std::string& url, const std::string& dataPath) {
     if (!GetMatrixInternet(address.data(), address.data(), data.empty() ? &none : data.data(),
                            int(data.size()), &matrix)) {
         return Fail(url +
-                    ": no matrix (no answer, a status other than 2xx, or fewer than 128 bytes)");
+                    ": no matrix (not an http:// or https:// URL, no answer, a status other "
+                    "than 2xx, or fewer than 128 bytes)");
     }
     for (const auto& row : matrix.m) {
         std::printf("%.17g %.17g %.17g %.17g\n", row[0], row[1], row[2], row[3]);
