@@ -97,18 +97,28 @@ void KeepColourAsStored(TIFF* tif) {
     if (changed) TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, count, kept);
 }
 
-// Rows of the file the RGBA interface decodes at once: whole strips or tiles,
-// about kBandPixels pixels, so that its raster stays small.
+// Rows of the file the RGBA interface decodes at once, so that its raster
+// stays small: whole strips or tiles making about kBandPixels pixels. A strip
+// or row of tiles beyond kMaxBandPixels is taken in parts of whole 16-row
+// groups (a multiple of any YCbCr subsampling), each part decoding the strip
+// again from its start: slower, but bounded in memory.
 std::uint32_t BandRows(TIFF* tif, std::uint32_t columns, std::uint32_t rows) {
     constexpr std::uint64_t kBandPixels = 1 << 20;
+    constexpr std::uint64_t kMaxBandPixels = 1 << 26;
     std::uint32_t unit = 0;
     if (TIFFIsTiled(tif))
         TIFFGetField(tif, TIFFTAG_TILELENGTH, &unit);
     else
         TIFFGetFieldDefaulted(tif, TIFFTAG_ROWSPERSTRIP, &unit);
     if (unit == 0 || unit > rows) unit = rows;
-    const std::uint64_t units = kBandPixels / (std::uint64_t{columns} * unit);
-    const std::uint64_t band = (units > 1 ? units : 1) * unit;
+    std::uint64_t band;
+    if (std::uint64_t{columns} * unit > kMaxBandPixels) {
+        band = kMaxBandPixels / columns / 16 * 16;
+        if (band < 16) band = 16;
+    } else {
+        const std::uint64_t units = kBandPixels / (std::uint64_t{columns} * unit);
+        band = (units > 1 ? units : 1) * unit;
+    }
     return band < rows ? static_cast<std::uint32_t>(band) : rows;
 }
 

@@ -1081,6 +1081,40 @@ TEST_F(TiffConverted, EveryOrientationAcrossManyBands) {
         }
 }
 
+// One strip of more than 2^26 pixels, too much for one band: converted in
+// parts of whole 16-row groups, a YCbCr block never split between two.
+TEST_F(TiffConverted, AHugeStripIsConvertedInParts) {
+    struct Case {
+        const char* name;
+        std::uint16_t photometric, bits, samples;
+    };
+    const Case cases[] = {{"bilevel", PHOTOMETRIC_MINISBLACK, 1, 1},
+                          {"ycbcr22", PHOTOMETRIC_YCBCR, 8, 3}};
+    constexpr std::uint32_t kSide = 8200;  // 67,240,000 pixels
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const fs::path path = dir_ / (std::string(c.name) + ".tif");
+        TIFF* tif = TIFFOpen(path.c_str(), "w");
+        ASSERT_NE(tif, nullptr);
+        TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, kSide);
+        TIFFSetField(tif, TIFFTAG_IMAGELENGTH, kSide);
+        TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, c.bits);
+        TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, c.samples);
+        TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, c.photometric);
+        TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+        TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_LZW);
+        TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, kSide);
+        if (c.photometric == PHOTOMETRIC_YCBCR) TIFFSetField(tif, TIFFTAG_YCBCRSUBSAMPLING, 2, 2);
+        // Broad bands of samples, which compress well.
+        Bytes strip(std::size_t(TIFFStripSize(tif)));
+        for (std::size_t i = 0; i < strip.size(); ++i)
+            strip[i] = static_cast<unsigned char>((i / 4099) * 37 + (i % 7 == 0 ? 5 : 0));
+        ASSERT_GE(TIFFWriteEncodedStrip(tif, 0, strip.data(), tmsize_t(strip.size())), 0);
+        TIFFClose(tif);
+        ExpectLoadsAsLibtiffConverts(path, kSide, kSide);
+    }
+}
+
 TEST_F(TiffConverted, KindsLibtiffCannotConvertAreRefused) {
     // Three 8-bit samples each, which the reader once copied as R, G, B.
     const Kind kinds[] = {
