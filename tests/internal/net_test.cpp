@@ -1381,23 +1381,28 @@ TEST_F(Schemes, LocalFilesAreNeitherReadNorOpened) {
     const fs::path fifo = dir_.Path() / "fifo";
     ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600));
     const fs::path target = dir_.Path() / "copy.sym";
-    for (const fs::path& path : {secret, fifo}) {
-        std::string url = "file://" + path.string();
-        // Opening the FIFO would block until a writer came; a writer is
-        // brought in only if the exchange has not returned within 10 s.
-        auto fetch = std::async(std::launch::async, [url] {
-            OvString out("keep");
-            const int result = OV_GetHtml(url.c_str(), &out);
-            return result == 0 && Text(out) == "keep";
-        });
-        if (fetch.wait_for(10s) != std::future_status::ready) {
-            ADD_FAILURE() << url << " was opened";
-            const int writer = ::open(fifo.c_str(), O_WRONLY | O_CLOEXEC);
+    // Opening the FIFO would block until a writer came; a writer is brought
+    // in only if an exchange has not returned within 10 s.
+    auto guarded = [&](const std::string& what, std::function<bool()> exchange) {
+        auto done = std::async(std::launch::async, exchange);
+        if (done.wait_for(10s) != std::future_status::ready) {
+            ADD_FAILURE() << what << " opened the FIFO";
+            const int writer = ::open(fifo.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
             if (writer >= 0) ::close(writer);
         }
-        EXPECT_TRUE(fetch.get()) << url;
-        std::string online = Url("/");
-        EXPECT_EQ(0, LoadSymbolInternet(online.data(), url.data(), target.c_str())) << url;
+        EXPECT_TRUE(done.get()) << what;
+    };
+    for (const fs::path& path : {secret, fifo}) {
+        const std::string url = "file://" + path.string();
+        guarded("OV_GetHtml " + url, [url] {
+            OvString out("keep");
+            return OV_GetHtml(url.c_str(), &out) == 0 && Text(out) == "keep";
+        });
+        guarded("LoadSymbolInternet " + url, [this, url, &target] {
+            std::string online = Url("/");
+            std::string address = url;
+            return LoadSymbolInternet(online.data(), address.data(), target.c_str()) == 0;
+        });
     }
     EXPECT_EQ((Listing{"fifo", "secret.txt"}), Names(dir_.Path()));
 }
