@@ -1,6 +1,8 @@
 // Loading images with CImage against the usual ways of reading the same file:
-// a 4096 x 4096 24-bit BMP against stb_image's stbi_load, and an uncompressed
-// 4096 x 4096 RGB TIFF against a bare libtiff scanline loop. Both files are
+// a 4096 x 4096 24-bit BMP against stb_image's stbi_load, an uncompressed
+// 4096 x 4096 RGB TIFF against a bare libtiff scanline loop, and the same
+// picture in separate planes (which goes through libtiff's RGBA conversion)
+// against libtiff's whole-image RGBA reading. Both files are
 // written at start-up into a temporary directory and removed at exit. Each
 // way is checked once against the generated pixels before it is timed.
 #include <benchmark/benchmark.h>
@@ -77,8 +79,9 @@ bool WriteBmp(const std::string& path) {
     return std::fclose(f) == 0 && ok;
 }
 
-// Uncompressed, contiguous RGB, 8 bits per sample, 8 rows per strip.
-bool WriteTif(const std::string& path) {
+// Uncompressed RGB, 8 bits per sample, 8 rows per strip, the samples
+// interleaved or in separate planes.
+bool WriteTif(const std::string& path, std::uint16_t planar) {
     TIFF* tif = TIFFOpen(path.c_str(), "w");
     if (!tif) return false;
     TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(kSide));
@@ -86,15 +89,24 @@ bool WriteTif(const std::string& path) {
     TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, 8);
     TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, 3);
     TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, planar);
     TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     TIFFSetField(tif, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, 8);
-    std::vector<unsigned char> row(kRowBytes);
+    std::vector<unsigned char> row(kRowBytes), plane(kSide);
     bool ok = true;
-    for (int y = 0; ok && y < kSide; ++y) {
-        PictureRow(y, row.data());
-        ok = TIFFWriteScanline(tif, row.data(), static_cast<std::uint32_t>(y), 0) == 1;
+    if (planar == PLANARCONFIG_CONTIG) {
+        for (int y = 0; ok && y < kSide; ++y) {
+            PictureRow(y, row.data());
+            ok = TIFFWriteScanline(tif, row.data(), static_cast<std::uint32_t>(y), 0) == 1;
+        }
+    }
+    for (std::uint16_t c = 0; planar == PLANARCONFIG_SEPARATE && c < 3; ++c) {
+        for (int y = 0; ok && y < kSide; ++y) {
+            PictureRow(y, row.data());
+            for (int x = 0; x < kSide; ++x) plane[x] = row[3 * x + c];
+            ok = TIFFWriteScanline(tif, plane.data(), static_cast<std::uint32_t>(y), c) == 1;
+        }
     }
     TIFFClose(tif);
     return ok;
@@ -102,7 +114,7 @@ bool WriteTif(const std::string& path) {
 
 // The two files, written on first use into a fresh temporary directory.
 struct Files {
-    std::string dir, bmp, tif;
+    std::string dir, bmp, tif, planes;
     bool ok = false;
 
     Files() {
@@ -112,12 +124,15 @@ struct Files {
         dir = pattern;
         bmp = dir + "/picture.bmp";
         tif = dir + "/picture.tif";
-        ok = WriteBmp(bmp) && WriteTif(tif);
+        planes = dir + "/planes.tif";
+        ok = WriteBmp(bmp) && WriteTif(tif, PLANARCONFIG_CONTIG) &&
+             WriteTif(planes, PLANARCONFIG_SEPARATE);
     }
     ~Files() {
         if (dir.empty()) return;
         std::remove(bmp.c_str());
         std::remove(tif.c_str());
+        std::remove(planes.c_str());
         rmdir(dir.c_str());
     }
 };
@@ -249,6 +264,44 @@ void BM_LibTiff_ScanlineLoop(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_LibTiff_ScanlineLoop)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_CImage_LoadTifConverted(benchmark::State& state) { LoadLoop(state, TheFiles().planes); }
+BENCHMARK(BM_CImage_LoadTifConverted)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// libtiff's own way to R, G, B for any picture: the whole image through
+// TIFFReadRGBAImageOriented, bottom row first, then packed to three bytes.
+bool LoadWithRgba(benchmark::State& state, const std::string& path, bool checkPixels) {
+    TIFF* tif = TIFFOpen(path.c_str(), "r");
+    if (!tif) {
+        state.SkipWithError("TIFFOpen failed");
+        return false;
+    }
+    const std::size_t pixels = std::size_t{kSide} * kSide;
+    auto* raster = static_cast<std::uint32_t*>(_TIFFmalloc(tmsize_t(pixels * 4)));
+    auto* block = static_cast<unsigned char*>(std::malloc(pixels * 3));
+    bool ok = raster && block &&
+              TIFFReadRGBAImageOriented(tif, kSide, kSide, raster, ORIENTATION_BOTLEFT, 1) == 1;
+    for (std::size_t i = 0; ok && i < pixels; ++i) {
+        block[3 * i] = static_cast<unsigned char>(TIFFGetR(raster[i]));
+        block[3 * i + 1] = static_cast<unsigned char>(TIFFGetG(raster[i]));
+        block[3 * i + 2] = static_cast<unsigned char>(TIFFGetB(raster[i]));
+    }
+    _TIFFfree(raster);
+    TIFFClose(tif);
+    ok = ok && (!checkPixels || IsPicture(block, true));
+    benchmark::DoNotOptimize(block);
+    std::free(block);
+    if (!ok) state.SkipWithError("libtiff's RGBA reading failed");
+    return ok;
+}
+
+void BM_LibTiff_ReadRgbaImage(benchmark::State& state) {
+    if (!FilesReady(state) || !LoadWithRgba(state, TheFiles().planes, true)) return;
+    for (auto _ : state) {
+        if (!LoadWithRgba(state, TheFiles().planes, false)) break;
+    }
+}
+BENCHMARK(BM_LibTiff_ReadRgbaImage)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 

@@ -62,6 +62,7 @@ RATIOS = [
     ("BM_OvDoTessellation/real_time", "BM_TriangulateDirect/real_time", 1.0),
     ("BM_CImage_LoadBmp/real_time", "BM_Stb_LoadBmp/real_time", 1.2),
     ("BM_CImage_LoadTif/real_time", "BM_LibTiff_ScanlineLoop/real_time", 1.1),
+    ("BM_CImage_LoadTifConverted/real_time", "BM_LibTiff_ReadRgbaImage/real_time", 1.1),
     ("BM_OvGetHtml/real_time", "BM_CurlToDevNull/real_time", 1.5),
     ("BM_LoadSymbolInternet/real_time", "BM_CurlToDevNull/real_time", 1.5),
 ]
