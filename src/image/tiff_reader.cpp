@@ -86,15 +86,16 @@ bool ReadScanlines(TIFF* tif, unsigned char* block, std::uint32_t columns, std::
 void KeepColourAsStored(TIFF* tif) {
     std::uint16_t count = 0;
     std::uint16_t* kinds = nullptr;
-    if (!TIFFGetField(tif, TIFFTAG_EXTRASAMPLES, &count, &kinds) || count == 0 || count > 16)
-        return;
-    std::uint16_t kept[16];
+    if (!TIFFGetField(tif, TIFFTAG_EXTRASAMPLES, &count, &kinds) || count == 0) return;
+    auto* kept = static_cast<std::uint16_t*>(_TIFFmalloc(count * tmsize_t{sizeof *kinds}));
+    if (!kept) return;
     bool changed = false;
     for (std::uint16_t i = 0; i < count; ++i) {
         kept[i] = kinds[i] == EXTRASAMPLE_UNASSALPHA ? EXTRASAMPLE_ASSOCALPHA : kinds[i];
         changed = changed || kept[i] != kinds[i];
     }
     if (changed) TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, count, kept);
+    _TIFFfree(kept);
 }
 
 // Rows of the file the RGBA interface decodes at once, so that its raster

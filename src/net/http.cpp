@@ -151,7 +151,11 @@ size_t OnHeader(char* bytes, size_t size, size_t count, void* context) {
         while (from < end && IsOws(bytes[from])) ++from;
         std::size_t to = end;
         while (to > from && IsOws(bytes[to - 1])) --to;
-        t.head.location.assign(bytes + from, to - from);
+        try {
+            t.head.location.assign(bytes + from, to - from);
+        } catch (...) {  // no memory for it: the exchange ends here
+            return 0;
+        }
     }
     return length;
 }
@@ -264,30 +268,39 @@ bool IsWebUrl(const char* url) {
     return StartsWithNoCase(url, length, "http://") || StartsWithNoCase(url, length, "https://");
 }
 
-int Perform(const Request& request, BodySink* sink, bool* statusOk) {
-    if (statusOk) *statusOk = false;
-    if (!IsWebUrl(request.url)) return 0;
-    InitCurlOnce();
+namespace {
+
+// The libcurl handle and the two header lists of one exchange.
+struct Easy {
     CURL* curl = curl_easy_init();
-    if (!curl) return 0;
-
-    const Settings& settings = TestSettings();
-    Transfer t;
-    t.curl = curl;
-    t.sink = sink;
-    t.request = &request;
-    t.stallSeconds = settings.stallSeconds;
-
     // libcurl's own Accept and Content-Type are replaced by these; an empty
     // Expect keeps it from waiting for "100 Continue". A GET, the follow-up
     // of a redirected POST included, carries neither.
     curl_slist* getHeaders = curl_slist_append(nullptr, "Accept: */*");
     curl_slist* postHeaders = curl_slist_append(nullptr, "Accept: */*");
-    curl_slist* more = postHeaders;
-    if (more && request.contentType) more = curl_slist_append(postHeaders, request.contentType);
-    if (more) more = curl_slist_append(postHeaders, "Expect:");
-    CURLcode code = getHeaders && more ? CURLE_OK : CURLE_OUT_OF_MEMORY;
 
+    explicit Easy(const char* contentType) {
+        curl_slist* more = postHeaders;
+        if (more && contentType) more = curl_slist_append(postHeaders, contentType);
+        if (more) more = curl_slist_append(postHeaders, "Expect:");
+        complete_ = curl && getHeaders && more;
+    }
+    ~Easy() {
+        curl_slist_free_all(getHeaders);
+        curl_slist_free_all(postHeaders);
+        curl_easy_cleanup(curl);
+    }
+    Easy(const Easy&) = delete;
+    Easy& operator=(const Easy&) = delete;
+    bool Complete() const { return complete_; }
+
+  private:
+    bool complete_ = false;
+};
+
+// The options every request of the exchange shares.
+CURLcode Configure(CURL* curl, Transfer& t, const Settings& settings) {
+    CURLcode code = CURLE_OK;
     auto set = [&](auto option, auto value) {
         if (code == CURLE_OK) code = curl_easy_setopt(curl, option, value);
     };
@@ -311,25 +324,48 @@ int Perform(const Request& request, BodySink* sink, bool* statusOk) {
     // Large reads keep the per-read overhead of a big body small; a libcurl
     // that refuses this size keeps its default.
     curl_easy_setopt(curl, CURLOPT_BUFFERSIZE, 1024L * 1024L);
+    return code;
+}
+
+// One request of the exchange: GET, or POST with the request's body.
+CURLcode RequestOnce(Easy& easy, Transfer& t, const std::string& url, bool post) {
+    const Request& request = *t.request;
+    CURLcode code = CURLE_OK;
+    auto set = [&](auto option, auto value) {
+        if (code == CURLE_OK) code = curl_easy_setopt(easy.curl, option, value);
+    };
+    t.StartRequest();
+    set(CURLOPT_URL, url.c_str());
+    if (post) {
+        set(CURLOPT_POST, 1L);
+        set(CURLOPT_POSTFIELDSIZE_LARGE,
+            static_cast<curl_off_t>(request.prefixLength + request.dataLength));
+        set(CURLOPT_HTTPHEADER, easy.postHeaders);
+    } else {
+        set(CURLOPT_HTTPGET, 1L);
+        set(CURLOPT_HTTPHEADER, easy.getHeaders);
+    }
+    return code == CURLE_OK ? curl_easy_perform(easy.curl) : code;
+}
+
+int PerformOrThrow(const Request& request, BodySink* sink, bool* statusOk) {
+    InitCurlOnce();
+    Easy easy(request.contentType);
+    if (!easy.Complete()) return 0;
+    const Settings& settings = TestSettings();
+    Transfer t;
+    t.curl = easy.curl;
+    t.sink = sink;
+    t.request = &request;
+    t.stallSeconds = settings.stallSeconds;
+    CURLcode code = Configure(easy.curl, t, settings);
 
     // Redirects are followed here rather than by libcurl, so that each hop's
     // target is checked and a POST turned GET drops its Content-Type.
     std::string url = request.url;
     bool post = request.post;
     for (int redirects = 0; code == CURLE_OK; ++redirects) {
-        t.StartRequest();
-        set(CURLOPT_URL, url.c_str());
-        if (post) {
-            set(CURLOPT_POST, 1L);
-            set(CURLOPT_POSTFIELDSIZE_LARGE,
-                static_cast<curl_off_t>(request.prefixLength + request.dataLength));
-            set(CURLOPT_HTTPHEADER, postHeaders);
-        } else {
-            set(CURLOPT_HTTPGET, 1L);
-            set(CURLOPT_HTTPHEADER, getHeaders);
-        }
-        if (code != CURLE_OK) break;
-        code = curl_easy_perform(curl);
+        code = RequestOnce(easy, t, url, post);
         // A redirect's body is cut off unread: its head says all there is.
         const bool redirected = t.head.complete && !t.head.framingBroken &&
                                 IsRedirect(t.head.status) && !t.head.location.empty() &&
@@ -338,7 +374,6 @@ int Perform(const Request& request, BodySink* sink, bool* statusOk) {
         const std::string target = RedirectTarget(url, t.head.location);
         if (redirects == kMaxRedirects || !IsWebUrl(target.c_str())) {
             code = CURLE_TOO_MANY_REDIRECTS;
-            t.statusOk = false;
             break;
         }
         // 301, 302 and 303 turn a POST into a GET; 307 and 308 repeat it.
@@ -350,22 +385,27 @@ int Perform(const Request& request, BodySink* sink, bool* statusOk) {
     // A body that carried nothing still has a status to check, once its head
     // arrived whole.
     if (!t.statusKnown) {
-        const long status = Status(curl);
-        t.statusOk = t.head.complete && !t.head.framingBroken && status >= 200 && status <= 299;
+        const long status = Status(easy.curl);
+        t.statusOk = t.head.complete && status >= 200 && status <= 299;
     }
-    int result = 0;
-    if (t.head.framingBroken)
-        result = 0;
-    else if (code == CURLE_OK)
-        result = t.statusOk ? 1 : 0;
-    else if (code == CURLE_WRITE_ERROR && t.stoppedBySink && sink->StoppedEarlyIsSuccess())
-        result = 1;
-    if (statusOk) *statusOk = t.statusOk && !t.head.framingBroken;
+    if (t.head.framingBroken || code == CURLE_TOO_MANY_REDIRECTS) t.statusOk = false;
+    if (statusOk) *statusOk = t.statusOk;
+    if (code == CURLE_OK) return t.statusOk ? 1 : 0;
+    if (code == CURLE_WRITE_ERROR && t.stoppedBySink && sink->StoppedEarlyIsSuccess()) return 1;
+    return 0;
+}
 
-    curl_slist_free_all(getHeaders);
-    curl_slist_free_all(postHeaders);
-    curl_easy_cleanup(curl);
-    return result;
+}  // namespace
+
+int Perform(const Request& request, BodySink* sink, bool* statusOk) {
+    if (statusOk) *statusOk = false;
+    if (!IsWebUrl(request.url)) return 0;
+    try {
+        return PerformOrThrow(request, sink, statusOk);
+    } catch (...) {  // out of memory for a URL or a header: no exchange
+        if (statusOk) *statusOk = false;
+        return 0;
+    }
 }
 
 }  // namespace net

@@ -179,34 +179,43 @@ class MatrixSink : public BodySink {
 }  // namespace
 
 // Only http:// and https:// URLs are requested; any other is refused before
-// a file or a connection is touched.
+// a file or a connection is touched. No exception leaves these functions: a
+// failure to allocate is a failed exchange.
 using selvora::net::IsWebUrl;
 
 int OV_GetHtml(const char* url, OvString* out) {
     if (!IsWebUrl(url) || !out) return 0;
-    Request request;
-    request.url = url;
-    // On a 2xx status the text is what arrived, even when the transfer was cut
-    // short; on any other status the sink sees nothing and *out stays as it was.
-    PageSink page(out);
-    bool statusOk = false;
-    const int result = selvora::net::Perform(request, &page, &statusOk);
-    if (statusOk) page.Finish();
-    return result;
+    try {
+        Request request;
+        request.url = url;
+        // On a 2xx status the text is what arrived, even when the transfer was
+        // cut short; on any other status the sink sees nothing and *out stays.
+        PageSink page(out);
+        bool statusOk = false;
+        const int result = selvora::net::Perform(request, &page, &statusOk);
+        if (statusOk) page.Finish();
+        return result;
+    } catch (...) {
+        return 0;
+    }
 }
 
 int LoadSymbolInternet(char* onlineUrl, char* url, const char* filePath) {
     if (!IsWebUrl(url)) return 0;
     if (!selvora::net::EnsureInternetOnline(onlineUrl)) return 0;
-    Request request;
-    request.url = url;
-    if (!filePath) {
-        DiscardSink discard;
-        return selvora::net::Perform(request, &discard, nullptr);
+    try {
+        Request request;
+        request.url = url;
+        if (!filePath) {
+            DiscardSink discard;
+            return selvora::net::Perform(request, &discard, nullptr);
+        }
+        FileSink file(filePath);
+        if (!selvora::net::Perform(request, &file, nullptr)) return 0;
+        return file.Commit() ? 1 : 0;
+    } catch (...) {
+        return 0;
     }
-    FileSink file(filePath);
-    if (!selvora::net::Perform(request, &file, nullptr)) return 0;
-    return file.Commit() ? 1 : 0;
 }
 
 int GetMatrixInternet(char* onlineUrl, char* url, unsigned char* data, int dataLength,

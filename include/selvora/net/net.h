@@ -1,9 +1,14 @@
 /// \file
 /// HTTP exchanges with a server whose addresses the caller supplies. Each call
 /// blocks its thread, sends "User-Agent: Orvek" and "Accept: */*", gives up
-/// connecting after 15 seconds and fails a transfer that stalls for 60
-/// seconds. Only a 2xx status counts as success; results are 1 or 0.
-/// Redirects are followed, up to 30 of them.
+/// connecting after 15 seconds and fails a transfer once no byte has moved for
+/// 60 seconds. Only a 2xx status counts as success; results are 1 or 0.
+/// Only http:// and https:// URLs are requested: any other gives 0 before a
+/// file or a connection is touched. Redirects are followed, up to 30 of them,
+/// to http:// and https:// only. A response whose body length is ambiguous
+/// (differing Content-Length values) fails. For https://, the environment's
+/// CURL_CA_BUNDLE, or else SSL_CERT_FILE and SSL_CERT_DIR, name the
+/// certificate authorities to trust.
 #pragma once
 
 #include "selvora/export.h"
