@@ -60,8 +60,8 @@ int RunImage(const std::string& path, const std::string& reader, const std::stri
     }
     if (!loaded) {
         return Fail(path +
-                    ": not loaded (uncompressed 1, 4, 8 and 24-bit BMP files and 8-bit RGB TIFF "
-                    "files load)");
+                    ": not loaded (uncompressed 1, 4, 8 and 24-bit BMP files and the classic "
+                    "TIFF files libtiff can read whole load)");
     }
     std::printf("%s: %d x %d, %s (type %d)\n", path.c_str(), image.GetWidth(), image.GetHeight(),
                 TypeName(image.GetType()), image.GetType());
