@@ -1,8 +1,71 @@
 // Uses one piece of every subsystem through the installed headers and library;
 // exits non-zero when a result is not what the library promises.
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include <selvora/selvora.h>
+
+namespace {
+
+// Each product and sum rounded on its own, through memory the compiler may not
+// look through: the reference for the kernel's inline arithmetic, whatever the
+// flags this program is built with.
+double Mul(double a, double b) {
+    volatile double r = a * b;
+    return r;
+}
+double Add(double a, double b) {
+    volatile double r = a + b;
+    return r;
+}
+
+bool SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+// Numbers with full 53-bit mantissas, from a fixed linear congruential sequence.
+double Next(std::uint64_t& state) {
+    state = state * 6364136223846793005ull + 1442695040888963407ull;
+    return static_cast<double>(state >> 11) / 9007199254740992.0 * 2.0 - 1.0;
+}
+
+// The inline transforms and product of matrix3d.h, compiled in this program,
+// give the library's bits: ((a0*b0 + a1*b1) + a2*b2) + a3*b3 in that order,
+// with no fused multiply-add, even when this program is built to contract.
+bool InlineKernelIsExact() {
+    std::uint64_t state = 12345;
+    for (int round = 0; round < 200; ++round) {
+        Matrix3d a, b;
+        for (auto& row : a.m)
+            for (double& e : row) e = Next(state);
+        for (auto& row : b.m)
+            for (double& e : row) e = Next(state);
+        const Point3d p(Next(state), Next(state), Next(state));
+        const Vector3d v(Next(state), Next(state), Next(state));
+        const Point3d mp = a * p;
+        const Vector3d mv = a * v;
+        const Matrix3d ab = a * b;
+        const double pin[3] = {p.x, p.y, p.z}, vin[3] = {v.x, v.y, v.z};
+        const double pout[3] = {mp.x, mp.y, mp.z}, vout[3] = {mv.x, mv.y, mv.z};
+        for (int i = 0; i < 3; ++i) {
+            double pe = Mul(a.m[i][0], pin[0]), ve = Mul(a.m[i][0], vin[0]);
+            for (int k = 1; k < 3; ++k) {
+                pe = Add(pe, Mul(a.m[i][k], pin[k]));
+                ve = Add(ve, Mul(a.m[i][k], vin[k]));
+            }
+            pe = Add(pe, a.m[i][3]);
+            if (!SameBits(pout[i], pe) || !SameBits(vout[i], ve)) return false;
+        }
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j) {
+                double e = Mul(a.m[i][0], b.m[0][j]);
+                for (int k = 1; k < 4; ++k) e = Add(e, Mul(a.m[i][k], b.m[k][j]));
+                if (!SameBits(ab.m[i][j], e)) return false;
+            }
+    }
+    return true;
+}
+
+}  // namespace
 
 int main() {
     int failures = 0;
@@ -17,6 +80,7 @@ int main() {
     turn.setToRotation(0.0, Vector3d(0, 0, 1));
     check(turn * Point3d(1, 2, 3) == Point3d(1, 2, 3), "identity rotation");
     check(Vector3d().z == 1.0, "default vector");
+    check(InlineKernelIsExact(), "inline kernel arithmetic bit for bit");
 
     OvString s("abc");
     s += "def";
