@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "selvora/selvora.h"
+#include "support/planar_graph.h"
 
 namespace {
 
@@ -59,11 +60,8 @@ double Coordinate(Bytes& in) {
     return kind % 2 ? -v : v;
 }
 
-struct Graph {
-    std::vector<double> xy;
-    std::vector<int> segments;
-    std::vector<double> holes;
-};
+using Graph = selvora_test::PlanarGraph;
+using selvora_test::TessellateInBuffers;
 
 Graph Decode(const std::uint8_t* data, std::size_t size) {
     Bytes in(data, size);
@@ -73,18 +71,6 @@ Graph Decode(const std::uint8_t* data, std::size_t size) {
     for (int i = 0; i < 2 * s; ++i) g.segments.push_back(in.Byte() % (n + 2) - 1);
     for (int i = 0; i < 2 * h; ++i) g.holes.push_back(Coordinate(in));
     return g;
-}
-
-int Tessellate(const Graph& g) {
-    double *points, *holes;
-    int *segments, *triangles;
-    OV_getTessellationBuffer(&points, &segments, &triangles, &holes);
-    std::copy(g.xy.begin(), g.xy.end(), points);
-    std::copy(g.segments.begin(), g.segments.end(), segments);
-    std::copy(g.holes.begin(), g.holes.end(), holes);
-    return OV_doTessellation(static_cast<int>(g.xy.size() / 2),
-                             static_cast<int>(g.segments.size() / 2),
-                             static_cast<int>(g.holes.size() / 2));
 }
 
 // The message boxes of the fatal conditions, as one call writes them.
@@ -112,7 +98,7 @@ bool EndsWithDefinedFatalExit(const Graph& g) {
         // own exit handler, inherited from this process, would take it for a
         // finding.
         on_exit([](int exitStatus, void*) { _exit(exitStatus); }, nullptr);
-        Tessellate(g);
+        TessellateInBuffers(g);
         _exit(0);
     }
     close(pipeEnds[1]);
@@ -151,6 +137,6 @@ bool EndsWithDefinedFatalExit(const Graph& g) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Graph g = Decode(data, size);
     if (EndsWithDefinedFatalExit(g)) return 0;
-    if (Tessellate(g) < 0) std::abort();  // a count is never negative
+    if (TessellateInBuffers(g) < 0) std::abort();  // a count is never negative
     return 0;
 }

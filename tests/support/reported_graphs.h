@@ -3,15 +3,9 @@
 // they enclose nothing, so a triangulation that ends keeps no triangle.
 #pragma once
 
-#include <vector>
+#include "support/planar_graph.h"
 
 namespace selvora_test {
-
-struct PlanarGraph {
-    std::vector<double> xy;     // x, y of each vertex
-    std::vector<int> segments;  // two vertex indices each
-    std::vector<double> holes;  // x, y of a seed in each hole
-};
 
 // Its segment insertion recursed without end (a stack overflow).
 inline PlanarGraph GraphThatOverflowedTheStack() {

@@ -23,6 +23,7 @@
 namespace {
 
 using Graph = selvora_test::PlanarGraph;
+using selvora_test::TessellateInBuffers;
 
 std::string AsPoly(const Graph& g) {
     const int n = static_cast<int>(g.xy.size() / 2), s = static_cast<int>(g.segments.size() / 2),
@@ -38,18 +39,6 @@ std::string AsPoly(const Graph& g) {
     for (int i = 0; i < h; ++i)
         poly << i << ' ' << g.holes[2 * i] << ' ' << g.holes[2 * i + 1] << '\n';
     return poly.str();
-}
-
-int Tessellate(const Graph& g) {
-    double *points, *holes;
-    int *segments, *triangles;
-    OV_getTessellationBuffer(&points, &segments, &triangles, &holes);
-    std::copy(g.xy.begin(), g.xy.end(), points);
-    std::copy(g.segments.begin(), g.segments.end(), segments);
-    std::copy(g.holes.begin(), g.holes.end(), holes);
-    return OV_doTessellation(static_cast<int>(g.xy.size() / 2),
-                             static_cast<int>(g.segments.size() / 2),
-                             static_cast<int>(g.holes.size() / 2));
 }
 
 // How a call in a child process ended: its result (exit status 0), or a
@@ -74,7 +63,7 @@ Ending InChild(const Graph& g) {
         dup2(pipeEnds[1], 2);
         close(pipeEnds[0]);
         close(resultPipe[0]);
-        const int result = Tessellate(g);
+        const int result = TessellateInBuffers(g);
         if (write(resultPipe[1], &result, sizeof result) != sizeof result) _exit(3);
         _exit(0);
     }
@@ -184,8 +173,8 @@ TEST(TessellationRobustness, AbandonedCallLeavesNothingForTheNext) {
     const Graph endless = selvora_test::GraphThatOverflowedTheStack();
     const Graph square{{0, 0, 1, 0, 1, 1, 0, 1}, {0, 1, 1, 2, 2, 3, 3, 0}, {}};
     for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(0, Tessellate(endless));
-        EXPECT_EQ(2, Tessellate(square));
+        EXPECT_EQ(0, TessellateInBuffers(endless));
+        EXPECT_EQ(2, TessellateInBuffers(square));
     }
 }
 
@@ -199,7 +188,7 @@ Graph RectangleOverPointsInALine(int n) {
     return g;
 }
 
-// Runs Tessellate(g) on a thread with a stack of `bytes`.
+// Runs TessellateInBuffers(g) on a thread with a stack of `bytes`.
 int TessellateOnAThread(const Graph& g, std::size_t bytes) {
     struct Call {
         const Graph* graph;
@@ -210,7 +199,7 @@ int TessellateOnAThread(const Graph& g, std::size_t bytes) {
     pthread_attr_setstacksize(&attributes, bytes);
     pthread_t thread;
     const auto body = [](void* c) -> void* {
-        static_cast<Call*>(c)->result = Tessellate(*static_cast<Call*>(c)->graph);
+        static_cast<Call*>(c)->result = TessellateInBuffers(*static_cast<Call*>(c)->graph);
         return nullptr;
     };
     if (pthread_create(&thread, &attributes, body, &call) != 0) std::abort();
@@ -248,7 +237,7 @@ TEST(TessellationRobustnessDeathTest, OutOfMemoryPreparingTheInputExits) {
     EXPECT_EXIT(
         {
             selvora_test::CapAddressSpace(2 << 20);
-            Tessellate(g);
+            TessellateInBuffers(g);
         },
         ::testing::ExitedWithCode(1), "^错误:  内存不足\n$");
 #endif
