@@ -1,0 +1,89 @@
+#!/usr/bin/env bash
+# Prepares the Windows cross-build: installs MinGW-w64, Wine and zlib for
+# MinGW from Debian, fetches Debian's source packages of libjpeg-turbo, libtiff
+# and GoogleTest, and cross-builds them as static libraries into
+#   $SELVORA_CACHE_DIR/windows/prefix        (default ~/.cache/selvora)
+# with cmake/mingw-w64-x86_64.cmake. Triangle's source comes from
+# tools/setup-deps.sh, which this script runs first. Idempotent: what is built
+# is kept, and rebuilt only when a source package's version changes. Runs as
+# root or through sudo.
+set -euo pipefail
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+if [ "$(id -u)" -eq 0 ]; then SUDO=""; else SUDO="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+
+"$root/tools/setup-deps.sh"
+
+PACKAGES=(g++-mingw-w64-x86-64-posix wine64 libz-mingw-w64-dev zip)
+missing=()
+for p in "${PACKAGES[@]}"; do
+  dpkg-query -W -f='${Status}\n' "$p" 2>/dev/null | grep -q '^install ok installed$' ||
+    missing+=("$p")
+done
+if [ "${#missing[@]}" -gt 0 ]; then
+  $SUDO apt-get update -q
+  $SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi
+
+cache="${SELVORA_CACHE_DIR:-$HOME/.cache/selvora}/windows"
+sources="$cache/src"
+prefix="$cache/prefix"
+toolchain="$root/cmake/mingw-w64-x86_64.cmake"
+mkdir -p "$sources" "$prefix"
+
+# fetch PACKAGE: the unpacked source of Debian's PACKAGE, patched; prints its folder.
+fetch() {
+  local package="$1" version folder
+  version=$(apt-cache showsrc "$package" | sed -n 's/^Version: //p' | head -n 1)
+  folder=$(find "$sources" -maxdepth 1 -type d -name "$package-*" -print -quit)
+  if [ -z "$folder" ] || [ "$(cat "$sources/$package.version" 2>/dev/null)" != "$version" ]; then
+    rm -rf "$sources/$package.tmp" "$sources/$package"-* "$sources/${package}_"*
+    mkdir -p "$sources/$package.tmp"
+    (cd "$sources/$package.tmp" && apt-get source -q "$package" >&2)
+    folder=$(find "$sources/$package.tmp" -maxdepth 1 -type d -name "$package-*" -print -quit)
+    mv "$folder" "$sources/"
+    rm -rf "$sources/$package.tmp"
+    echo "$version" >"$sources/$package.version"
+    rm -f "$prefix/.$package.built"
+    folder="$sources/$(basename "$folder")"
+  fi
+  echo "$folder"
+}
+
+# build PACKAGE CMAKE_OPTION...: configures, builds and installs it into the prefix.
+build() {
+  local package="$1" source
+  shift
+  source=$(fetch "$package")
+  if [ -f "$prefix/.$package.built" ]; then
+    return
+  fi
+  local tree="$cache/build/$package"
+  rm -rf "$tree"
+  cmake -S "$source" -B "$tree" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+    -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" \
+    -DCMAKE_FIND_ROOT_PATH="$prefix" -DBUILD_SHARED_LIBS=OFF "$@" >/dev/null
+  cmake --build "$tree" -j "$(nproc)" --target install >/dev/null
+  rm -rf "$tree"
+  touch "$prefix/.$package.built"
+}
+
+# The JPEG codec libtiff's JPEG and old-style JPEG compressions use. Its
+# portable C code, which decodes to the same bytes as the SIMD paths.
+build libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_SIMD=OFF -DWITH_TURBOJPEG=OFF
+
+# libtiff with none, CCITT, PackBits, LZW, deflate (zlib), JPEG and old-style
+# JPEG, and nothing it would load as another DLL.
+build tiff -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF \
+  -Dcxx=OFF -Dzlib=ON -Djpeg=ON -Dold-jpeg=ON -Dpixarlog=ON \
+  -Dwebp=OFF -Dzstd=OFF -Dlzma=OFF -Djbig=OFF -Dlerc=OFF -Dlibdeflate=OFF \
+  -DZLIB_LIBRARY=/usr/x86_64-w64-mingw32/lib/libz.a \
+  -DZLIB_INCLUDE_DIR=/usr/x86_64-w64-mingw32/include \
+  -DJPEG_LIBRARY="$prefix/lib/libjpeg.a" -DJPEG_INCLUDE_DIR="$prefix/include" \
+  -DCMAKE_INSTALL_LIBDIR=lib
+
+# GoogleTest and GoogleMock for the test programs.
+build googletest -Dgtest_disable_pthreads=OFF -DCMAKE_INSTALL_LIBDIR=lib
+
+echo "Windows dependencies in $prefix"
