@@ -1,27 +1,22 @@
 // Fetching a 20 MB resource from a server on 127.0.0.1: OV_GetHtml into an
 // OvString and LoadSymbolInternet into a file, against the curl command-line
 // program fetching the same address to /dev/null (its process start included).
-#include <arpa/inet.h>
 #include <benchmark/benchmark.h>
-#include <netinet/in.h>
-#include <poll.h>
 #include <spawn.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 
 #include "selvora/foundation/ov_string.h"
 #include "selvora/net/net.h"
+#include "support/loopback_http.h"
 
 extern char** environ;
 
@@ -29,8 +24,8 @@ namespace {
 
 constexpr std::size_t kSize = 20 * 1024 * 1024;
 
-// Serves one fixed text resource on 127.0.0.1, one connection at a time, to
-// any GET; stops when destroyed.
+// A fixed text resource of kSize bytes (no NUL), served by the tests' loopback
+// server to any GET of /resource.txt.
 class Server {
   public:
     Server() : body_(kSize, ' ') {
@@ -41,72 +36,18 @@ class Server {
         }
         const std::string head = "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nContent-Length: " +
                                  std::to_string(kSize) + "\r\nConnection: close\r\n\r\n";
-        response_ = head + body_;
-
-        listen_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        if (listen_ < 0 || ::bind(listen_, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-            ::listen(listen_, 16) != 0 ||
-            ::getsockname(listen_, reinterpret_cast<sockaddr*>(&address), &size) != 0)
-            return;
-        url_ = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/resource.txt";
-        thread_ = std::thread([this] { Run(); });
+        server_.On("/resource.txt", selvora_test::Raw(head + body_));
+        url_ = server_.Url("/resource.txt");
     }
-    ~Server() {
-        stop_ = true;
-        if (thread_.joinable()) thread_.join();
-        if (listen_ >= 0) ::close(listen_);
-    }
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
 
-    bool Running() const { return thread_.joinable(); }
+    bool Running() const { return server_.Running(); }
     const std::string& Body() const { return body_; }
     const std::string& Url() const { return url_; }
 
   private:
-    void Run() {
-        while (!stop_) {
-            pollfd p{listen_, POLLIN, 0};
-            if (::poll(&p, 1, 50) <= 0) continue;
-            const int fd = ::accept4(listen_, nullptr, nullptr, SOCK_CLOEXEC);
-            if (fd < 0) continue;
-            if (ReadHead(fd)) Send(fd);
-            ::close(fd);
-        }
-    }
-    // Up to the blank line that ends a GET; gives up after 5 s of silence.
-    bool ReadHead(int fd) {
-        std::string head;
-        char buffer[4096];
-        while (head.find("\r\n\r\n") == std::string::npos) {
-            pollfd p{fd, POLLIN, 0};
-            if (stop_ || ::poll(&p, 1, 5000) <= 0) return false;
-            const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
-            if (n <= 0) return false;
-            head.append(buffer, static_cast<std::size_t>(n));
-        }
-        return true;
-    }
-    void Send(int fd) {
-        std::size_t done = 0;
-        while (done < response_.size()) {
-            const ssize_t n =
-                ::send(fd, response_.data() + done, response_.size() - done, MSG_NOSIGNAL);
-            if (n <= 0) return;
-            done += static_cast<std::size_t>(n);
-        }
-    }
-
     std::string body_;
-    std::string response_;
     std::string url_;
-    int listen_ = -1;
-    std::atomic<bool> stop_{false};
-    std::thread thread_;
+    selvora_test::Server server_;
 };
 
 // The server and a scratch directory, shared by the benchmarks; both go away

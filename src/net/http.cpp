@@ -247,19 +247,19 @@ bool IsRedirect(long status) { return status >= 300 && status <= 399; }
 
 }  // namespace
 
-Settings& TestSettings() {
-    static Settings settings;
-    return settings;
+const Connectivity& PlatformConnectivity() {
+    class AlwaysOnline : public Connectivity {
+      public:
+        bool IsOffline() const override { return false; }
+        bool GoOnline(const char*) const override { return true; }
+    };
+    static const AlwaysOnline kOnline;
+    return kOnline;
 }
 
-int IsInternetOffline() {
-    // Linux has no offline mode: the machine counts as online, with nothing probed.
-    return TestSettings().simulateOffline ? 1 : 0;
-}
-
-int EnsureInternetOnline(const char*) {
-    if (!IsInternetOffline()) return 1;
-    return TestSettings().goOnlineSucceeds ? 1 : 0;
+int EnsureInternetOnline(const char* url, const Connectivity& connectivity) {
+    if (!connectivity.IsOffline()) return 1;
+    return connectivity.GoOnline(url) ? 1 : 0;
 }
 
 bool IsWebUrl(const char* url) {
@@ -299,7 +299,7 @@ struct Easy {
 };
 
 // The options every request of the exchange shares.
-CURLcode Configure(CURL* curl, Transfer& t, const Settings& settings) {
+CURLcode Configure(CURL* curl, Transfer& t, const Conditions& conditions) {
     CURLcode code = CURLE_OK;
     auto set = [&](auto option, auto value) {
         if (code == CURLE_OK) code = curl_easy_setopt(curl, option, value);
@@ -307,7 +307,7 @@ CURLcode Configure(CURL* curl, Transfer& t, const Settings& settings) {
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
     set(CURLOPT_USERAGENT, kAgent);
-    set(CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeoutMs);
+    set(CURLOPT_CONNECTTIMEOUT_MS, conditions.connectTimeoutMs);
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_WRITEFUNCTION, OnBody);
     set(CURLOPT_WRITEDATA, &t);
@@ -348,17 +348,17 @@ CURLcode RequestOnce(Easy& easy, Transfer& t, const std::string& url, bool post)
     return code == CURLE_OK ? curl_easy_perform(easy.curl) : code;
 }
 
-int PerformOrThrow(const Request& request, BodySink* sink, bool* statusOk) {
+int PerformOrThrow(const Request& request, BodySink* sink, bool* statusOk,
+                   const Conditions& conditions) {
     InitCurlOnce();
     Easy easy(request.contentType);
     if (!easy.Complete()) return 0;
-    const Settings& settings = TestSettings();
     Transfer t;
     t.curl = easy.curl;
     t.sink = sink;
     t.request = &request;
-    t.stallSeconds = settings.stallSeconds;
-    CURLcode code = Configure(easy.curl, t, settings);
+    t.stallSeconds = conditions.stallSeconds;
+    CURLcode code = Configure(easy.curl, t, conditions);
 
     // Redirects are followed here rather than by libcurl, so that each hop's
     // target is checked and a POST turned GET drops its Content-Type.
@@ -397,11 +397,11 @@ int PerformOrThrow(const Request& request, BodySink* sink, bool* statusOk) {
 
 }  // namespace
 
-int Perform(const Request& request, BodySink* sink, bool* statusOk) {
+int Perform(const Request& request, BodySink* sink, bool* statusOk, const Conditions& conditions) {
     if (statusOk) *statusOk = false;
     if (!IsWebUrl(request.url)) return 0;
     try {
-        return PerformOrThrow(request, sink, statusOk);
+        return PerformOrThrow(request, sink, statusOk, conditions);
     } catch (...) {  // out of memory for a URL or a header: no exchange
         if (statusOk) *statusOk = false;
         return 0;

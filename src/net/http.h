@@ -33,23 +33,35 @@ struct Request {
 // the exchanges request or follow.
 bool IsWebUrl(const char* url);
 
+// The machine's connection as the online check sees it.
+class Connectivity {
+  public:
+    virtual ~Connectivity() = default;
+    // The connected state reads as disconnected.
+    virtual bool IsOffline() const = 0;
+    // Asks the machine to go online for url; true when it did.
+    virtual bool GoOnline(const char* url) const = 0;
+};
+
+// The platform's own. Linux has no offline mode: always online, nothing probed.
+const Connectivity& PlatformConnectivity();
+
+// What an exchange depends on besides its arguments: the connection the
+// online check asks and the time limits. The exported functions run with the
+// defaults; the tests pass their own.
+struct Conditions {
+    const Connectivity* connectivity = &PlatformConnectivity();
+    long stallSeconds = 60;  // a transfer with no byte for this long fails
+    long connectTimeoutMs = 15000;
+};
+
 // Runs one exchange, following redirects. Returns 1 when the status was 2xx
 // and the whole body (or as much as the sink wanted) arrived, else 0. The sink sees body bytes only
 // of a 2xx response. *statusOk tells whether a 2xx status was received.
-int Perform(const Request& request, BodySink* sink, bool* statusOk);
+int Perform(const Request& request, BodySink* sink, bool* statusOk, const Conditions& conditions);
 
 // 1 when the machine is online or could be brought online for url.
-int EnsureInternetOnline(const char* url);
-int IsInternetOffline();
-
-// The seam behind the online check and the stall limit, for tests.
-struct Settings {
-    bool simulateOffline = false;  // the connected state reads as disconnected
-    bool goOnlineSucceeds = true;  // what the request to go online answers
-    long stallSeconds = 60;        // a transfer with no byte for this long fails
-    long connectTimeoutMs = 15000;
-};
-Settings& TestSettings();
+int EnsureInternetOnline(const char* url, const Connectivity& connectivity);
 
 }  // namespace net
 }  // namespace selvora

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <string>
 
+#include "net/exchanges.h"
 #include "net/http.h"
 
 namespace {
@@ -181,9 +182,10 @@ class MatrixSink : public BodySink {
 // Only http:// and https:// URLs are requested; any other is refused before
 // a file or a connection is touched. No exception leaves these functions: a
 // failure to allocate is a failed exchange.
-using selvora::net::IsWebUrl;
+namespace selvora {
+namespace net {
 
-int OV_GetHtml(const char* url, OvString* out) {
+int GetHtml(const char* url, OvString* out, const Conditions& conditions) {
     if (!IsWebUrl(url) || !out) return 0;
     try {
         Request request;
@@ -192,7 +194,7 @@ int OV_GetHtml(const char* url, OvString* out) {
         // cut short; on any other status the sink sees nothing and *out stays.
         PageSink page(out);
         bool statusOk = false;
-        const int result = selvora::net::Perform(request, &page, &statusOk);
+        const int result = Perform(request, &page, &statusOk, conditions);
         if (statusOk) page.Finish();
         return result;
     } catch (...) {
@@ -200,28 +202,28 @@ int OV_GetHtml(const char* url, OvString* out) {
     }
 }
 
-int LoadSymbolInternet(char* onlineUrl, char* url, const char* filePath) {
+int LoadSymbol(char* onlineUrl, char* url, const char* filePath, const Conditions& conditions) {
     if (!IsWebUrl(url)) return 0;
-    if (!selvora::net::EnsureInternetOnline(onlineUrl)) return 0;
+    if (!EnsureInternetOnline(onlineUrl, *conditions.connectivity)) return 0;
     try {
         Request request;
         request.url = url;
         if (!filePath) {
             DiscardSink discard;
-            return selvora::net::Perform(request, &discard, nullptr);
+            return Perform(request, &discard, nullptr, conditions);
         }
         FileSink file(filePath);
-        if (!selvora::net::Perform(request, &file, nullptr)) return 0;
+        if (!Perform(request, &file, nullptr, conditions)) return 0;
         return file.Commit() ? 1 : 0;
     } catch (...) {
         return 0;
     }
 }
 
-int GetMatrixInternet(char* onlineUrl, char* url, unsigned char* data, int dataLength,
-                      Matrix3d* result) {
+int GetMatrix(char* onlineUrl, char* url, unsigned char* data, int dataLength, Matrix3d* result,
+              const Conditions& conditions) {
     if (!IsWebUrl(url)) return 0;
-    if (!selvora::net::EnsureInternetOnline(onlineUrl)) return 0;
+    if (!EnsureInternetOnline(onlineUrl, *conditions.connectivity)) return 0;
     if (!result || dataLength < 0 || (dataLength > 0 && !data)) return 0;
     static const unsigned char kBoundary[] = {'1', '1', '2', '2', '3', '3', '4', '4', '5', '5'};
     Request request;
@@ -233,7 +235,24 @@ int GetMatrixInternet(char* onlineUrl, char* url, unsigned char* data, int dataL
     request.data = data;
     request.dataLength = static_cast<std::size_t>(dataLength);
     MatrixSink matrix;
-    if (!selvora::net::Perform(request, &matrix, nullptr) || !matrix.Complete()) return 0;
+    if (!Perform(request, &matrix, nullptr, conditions) || !matrix.Complete()) return 0;
     matrix.FillMatrix(result);
     return 1;
+}
+
+}  // namespace net
+}  // namespace selvora
+
+int OV_GetHtml(const char* url, OvString* out) {
+    return selvora::net::GetHtml(url, out, selvora::net::Conditions());
+}
+
+int LoadSymbolInternet(char* onlineUrl, char* url, const char* filePath) {
+    return selvora::net::LoadSymbol(onlineUrl, url, filePath, selvora::net::Conditions());
+}
+
+int GetMatrixInternet(char* onlineUrl, char* url, unsigned char* data, int dataLength,
+                      Matrix3d* result) {
+    return selvora::net::GetMatrix(onlineUrl, url, data, dataLength, result,
+                                   selvora::net::Conditions());
 }

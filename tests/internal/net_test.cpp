@@ -38,8 +38,10 @@
 #include <utility>
 #include <vector>
 
+#include "net/exchanges.h"
 #include "net/http.h"
 #include "selvora/net/net.h"
+#include "support/loopback_http.h"
 #include "support/tls_loopback.h"
 
 extern char** environ;
@@ -48,260 +50,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using selvora::net::TestSettings;
-
-// ---------------------------------------------------------------------------
-// Sockets
-
-sockaddr_in Loopback(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    return address;
-}
-
-// A TCP socket bound to a free port on 127.0.0.1, or -1.
-int BoundSocket(std::uint16_t* port) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) return -1;
-    sockaddr_in address = Loopback(0);
-    socklen_t size = sizeof address;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-        ::close(fd);
-        return -1;
-    }
-    *port = ntohs(address.sin_port);
-    return fd;
-}
-
-bool CanConnect(std::uint16_t port) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) return false;
-    sockaddr_in address = Loopback(port);
-    const bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(fd);
-    return ok;
-}
-
-void SendAll(int fd, const std::string& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::send(fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return;  // the client has gone
-        done += static_cast<std::size_t>(n);
-    }
-}
-
-void NoDelay(int fd) {
-    const int one = 1;
-    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-}
-
-// Waits until the client closes its end, the server stops or 30 s pass.
-void WaitForClientClose(int fd, const std::atomic<bool>& stop) {
-    const auto end = std::chrono::steady_clock::now() + 30s;
-    char buffer[4096];
-    while (!stop && std::chrono::steady_clock::now() < end) {
-        pollfd p{fd, POLLIN, 0};
-        if (::poll(&p, 1, 50) > 0 && ::recv(fd, buffer, sizeof buffer, 0) <= 0) return;
-    }
-}
-
-std::size_t ContentLength(const std::string& head) {
-    std::string lower(head);
-    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    const std::size_t at = lower.find("\r\ncontent-length:");
-    if (at == std::string::npos) return 0;
-    return static_cast<std::size_t>(std::strtoull(lower.c_str() + at + 17, nullptr, 10));
-}
-
-// ---------------------------------------------------------------------------
-// The scripted server
-
-// Answers one request on fd; stop turns true when the server shuts down.
-using Responder = std::function<void(int fd, const std::atomic<bool>& stop)>;
-
-std::string Head(int status, const std::string& headers) {
-    static const std::map<int, const char*> kReasons = {{200, "OK"},
-                                                        {204, "No Content"},
-                                                        {301, "Moved Permanently"},
-                                                        {302, "Found"},
-                                                        {303, "See Other"},
-                                                        {307, "Temporary Redirect"},
-                                                        {308, "Permanent Redirect"},
-                                                        {404, "Not Found"},
-                                                        {500, "Internal Server Error"}};
-    const auto reason = kReasons.find(status);
-    return "HTTP/1.1 " + std::to_string(status) + " " +
-           (reason == kReasons.end() ? "Status" : reason->second) + "\r\n" + headers +
-           "Connection: close\r\n\r\n";
-}
-
-std::string Length(std::size_t n) { return "Content-Length: " + std::to_string(n) + "\r\n"; }
-
-Responder Reply(int status, std::string body, std::string headers = "") {
-    return [=](int fd, const std::atomic<bool>&) {
-        SendAll(fd, Head(status, headers + (status == 204 ? "" : Length(body.size()))) + body);
-    };
-}
-
-Responder Redirect(int status, const std::string& location) {
-    return Reply(status, "moved", "Location: " + location + "\r\n");
-}
-
-// Exactly these bytes, then the connection closes.
-Responder Raw(std::string bytes) {
-    return [=](int fd, const std::atomic<bool>&) { SendAll(fd, bytes); };
-}
-
-// The head at once, then each piece in a TCP segment of its own after a pause.
-Responder Pieces(std::string head, std::vector<std::string> pieces) {
-    return [=](int fd, const std::atomic<bool>&) {
-        NoDelay(fd);
-        SendAll(fd, head);
-        for (const std::string& piece : pieces) {
-            std::this_thread::sleep_for(30ms);
-            SendAll(fd, piece);
-        }
-    };
-}
-
-// A 2xx body in chunked transfer encoding, one chunk per TCP segment.
-Responder Chunked(const std::vector<std::string>& chunks) {
-    std::vector<std::string> pieces;
-    for (const std::string& chunk : chunks) {
-        char size[32];
-        std::snprintf(size, sizeof size, "%zx\r\n", chunk.size());
-        pieces.push_back(size + chunk + "\r\n");
-    }
-    pieces.push_back("0\r\n\r\n");
-    return Pieces(Head(200, "Transfer-Encoding: chunked\r\n"), pieces);
-}
-
-// A 200 head declaring `declared` body bytes, then only `part` of them; once
-// the client has had time to take them, the connection is reset (RST).
-Responder ResetAfter(std::size_t declared, std::string part) {
-    return [=](int fd, const std::atomic<bool>&) {
-        NoDelay(fd);
-        SendAll(fd, Head(200, Length(declared)) + part);
-        std::this_thread::sleep_for(200ms);
-        const linger abort{1, 0};
-        ::setsockopt(fd, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
-    };
-}
-
-// As above, but the connection is closed in order (FIN) short of the body.
-Responder CloseAfter(std::size_t declared, std::string part) {
-    return
-        [=](int fd, const std::atomic<bool>&) { SendAll(fd, Head(200, Length(declared)) + part); };
-}
-
-// As above, but then nothing more is sent until the client gives up.
-Responder StallAfter(std::size_t declared, std::string part) {
-    return [=](int fd, const std::atomic<bool>& stop) {
-        NoDelay(fd);
-        SendAll(fd, Head(200, Length(declared)) + part);
-        WaitForClientClose(fd, stop);
-    };
-}
-
-// Serves one connection at a time on 127.0.0.1; records each request's bytes
-// before answering it from the route table (404 for unknown paths).
-class Server {
-  public:
-    Server() {
-        listen_ = BoundSocket(&port_);
-        if (listen_ >= 0 && ::listen(listen_, 16) == 0) thread_ = std::thread([this] { Run(); });
-    }
-    ~Server() {
-        stop_ = true;
-        if (thread_.joinable()) thread_.join();
-        if (listen_ >= 0) ::close(listen_);
-    }
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
-
-    bool Running() const { return thread_.joinable(); }
-    std::uint16_t Port() const { return port_; }
-    std::string Url(const std::string& path) const {
-        return "http://127.0.0.1:" + std::to_string(port_) + path;
-    }
-    void On(const std::string& path, Responder responder) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        routes_[path] = std::move(responder);
-    }
-    std::vector<std::string> Requests() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return requests_;
-    }
-    int Connections() const { return connections_; }
-
-  private:
-    void Run() {
-        while (!stop_) {
-            pollfd p{listen_, POLLIN, 0};
-            if (::poll(&p, 1, 50) <= 0) continue;
-            const int fd = ::accept4(listen_, nullptr, nullptr, SOCK_CLOEXEC);
-            if (fd < 0) continue;
-            ++connections_;
-            Serve(fd);
-            ::close(fd);
-        }
-    }
-
-    void Serve(int fd) {
-        std::string raw;
-        std::string path;
-        const bool complete = ReadRequest(fd, &raw, &path);
-        Responder responder;
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            if (!raw.empty()) requests_.push_back(raw);
-            if (!complete) return;
-            const auto route = routes_.find(path);
-            if (route != routes_.end()) responder = route->second;
-        }
-        if (!responder) responder = Reply(404, "not here");
-        responder(fd, stop_);
-    }
-
-    // The head up to its blank line, then Content-Length bytes of body. Gives
-    // up after 5 s without a byte.
-    bool ReadRequest(int fd, std::string* raw, std::string* path) {
-        std::size_t total = std::string::npos;
-        char buffer[65536];
-        auto last = std::chrono::steady_clock::now();
-        while (total == std::string::npos || raw->size() < total) {
-            if (stop_ || std::chrono::steady_clock::now() - last > 5s) return false;
-            pollfd p{fd, POLLIN, 0};
-            if (::poll(&p, 1, 50) <= 0) continue;
-            const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
-            if (n <= 0) return false;
-            last = std::chrono::steady_clock::now();
-            raw->append(buffer, static_cast<std::size_t>(n));
-            const std::size_t end = raw->find("\r\n\r\n");
-            if (total == std::string::npos && end != std::string::npos)
-                total = end + 4 + ContentLength(raw->substr(0, end + 2));
-        }
-        const std::size_t from = raw->find(' ');
-        const std::size_t to = raw->find(' ', from + 1);
-        if (from == std::string::npos || to == std::string::npos) return false;
-        *path = raw->substr(from + 1, to - from - 1);
-        return true;
-    }
-
-    int listen_ = -1;
-    std::uint16_t port_ = 0;
-    std::atomic<bool> stop_{false};
-    std::atomic<int> connections_{0};
-    mutable std::mutex mutex_;
-    std::map<std::string, Responder> routes_;
-    std::vector<std::string> requests_;
-    std::thread thread_;
-};
+using namespace selvora_test;
 
 // ---------------------------------------------------------------------------
 // python3 -m http.server, serving a directory on 127.0.0.1
@@ -543,7 +292,6 @@ void ExpectSentinel(const Matrix3d& m) {
 class Net : public ::testing::Test {
   protected:
     void SetUp() override {
-        saved_ = TestSettings();
         // The exchanges honour the environment's proxy settings; nothing may
         // stand between them and the local servers.
         for (const char* name :
@@ -554,14 +302,27 @@ class Net : public ::testing::Test {
         ASSERT_TRUE(server_.Running());
         ASSERT_FALSE(dir_.Path().empty());
     }
-    void TearDown() override { TestSettings() = saved_; }
-
     std::string Url(const std::string& path) const { return server_.Url(path); }
 
+    // The exchanges as a caller makes them; once a test has changed the
+    // conditions (the machine offline, shorter limits), the same exchanges
+    // under those.
+    bool Changed() const {
+        const selvora::net::Conditions defaults;
+        return conditions_.connectivity != defaults.connectivity ||
+               conditions_.stallSeconds != defaults.stallSeconds ||
+               conditions_.connectTimeoutMs != defaults.connectTimeoutMs;
+    }
+    int Fetch(const std::string& url, OvString* out) {
+        if (Changed()) return selvora::net::GetHtml(url.c_str(), out, conditions_);
+        return OV_GetHtml(url.c_str(), out);
+    }
     // The file exchange with the server's own address as the online address.
     int Load(const std::string& path, const char* filePath) {
         std::string online = Url("/");
         std::string url = Url(path);
+        if (Changed())
+            return selvora::net::LoadSymbol(online.data(), url.data(), filePath, conditions_);
         return LoadSymbolInternet(online.data(), url.data(), filePath);
     }
     int Load(const std::string& path, const fs::path& filePath) {
@@ -571,14 +332,30 @@ class Net : public ::testing::Test {
         std::string online = Url("/");
         std::string url = Url(path);
         std::string copy = data;  // the exchange takes non-const bytes
-        return GetMatrixInternet(online.data(), url.data(),
-                                 reinterpret_cast<unsigned char*>(copy.data()),
-                                 static_cast<int>(copy.size()), result);
+        unsigned char* bytes = reinterpret_cast<unsigned char*>(copy.data());
+        const int length = static_cast<int>(copy.size());
+        if (Changed())
+            return selvora::net::GetMatrix(online.data(), url.data(), bytes, length, result,
+                                           conditions_);
+        return GetMatrixInternet(online.data(), url.data(), bytes, length, result);
     }
+
+    // The machine offline; asked to go online, it does or does not.
+    void GoOffline(bool goingOnlineWorks) {
+        machine_.goingOnlineWorks = goingOnlineWorks;
+        conditions_.connectivity = &machine_;
+    }
+
+    struct OfflineMachine : selvora::net::Connectivity {
+        bool goingOnlineWorks = false;
+        bool IsOffline() const override { return true; }
+        bool GoOnline(const char*) const override { return goingOnlineWorks; }
+    };
 
     Server server_;
     TempDir dir_;
-    selvora::net::Settings saved_;
+    OfflineMachine machine_;
+    selvora::net::Conditions conditions_;
 };
 
 class PageFetch : public Net {};
@@ -807,10 +584,10 @@ TEST_F(PageFetch, ResetInTheBodyFails) {
 }
 
 TEST_F(PageFetch, StalledTransferFails) {
-    TestSettings().stallSeconds = 2;
+    conditions_.stallSeconds = 2;
     server_.On("/stall", StallAfter(10000, "abc"));
     OvString out;
-    EXPECT_EQ(0, OV_GetHtml(Url("/stall").c_str(), &out));
+    EXPECT_EQ(0, Fetch(Url("/stall"), &out));
 }
 
 TEST_F(PageFetch, ClosedPortFails) {
@@ -835,9 +612,9 @@ TEST_F(PageFetch, ConnectTimeOutFails) {
     ASSERT_EQ(0, ::connect(filler, reinterpret_cast<sockaddr*>(&address), sizeof address));
     std::this_thread::sleep_for(50ms);
 
-    TestSettings().connectTimeoutMs = 300;
+    conditions_.connectTimeoutMs = 300;
     OvString out("keep");
-    EXPECT_EQ(0, OV_GetHtml(("http://127.0.0.1:" + std::to_string(port) + "/").c_str(), &out));
+    EXPECT_EQ(0, Fetch(("http://127.0.0.1:" + std::to_string(port) + "/"), &out));
     EXPECT_EQ("keep", Text(out));
     ::close(filler);
     ::close(listener);
@@ -853,11 +630,10 @@ TEST_F(PageFetch, LargePage) {
 }
 
 TEST_F(PageFetch, MakesNoOnlineCheck) {
-    TestSettings().simulateOffline = true;
-    TestSettings().goOnlineSucceeds = false;
+    GoOffline(false);
     server_.On("/page", Reply(200, "still here"));
     OvString out;
-    EXPECT_EQ(1, OV_GetHtml(Url("/page").c_str(), &out));
+    EXPECT_EQ(1, Fetch(Url("/page"), &out));
     EXPECT_EQ("still here", Text(out));
 }
 
@@ -968,7 +744,7 @@ TEST_F(SymbolDownload, InterruptedTransferKeepsTheOldFile) {
 }
 
 TEST_F(SymbolDownload, StalledTransferKeepsTheOldFile) {
-    TestSettings().stallSeconds = 2;
+    conditions_.stallSeconds = 2;
     server_.On("/stall", StallAfter(10000, "abc"));
     const fs::path file = dir_.Path() / "kept.sym";
     WriteFile(file, "the old symbol");
@@ -1194,7 +970,7 @@ TEST_F(MatrixPost, BrokenTransfersFail) {
     EXPECT_EQ(0, PostMatrix("/reset", "data", &m));
     EXPECT_EQ(0, PostMatrix("/short", "data", &m));
 
-    TestSettings().stallSeconds = 2;
+    conditions_.stallSeconds = 2;
     server_.On("/stall", StallAfter(128, words.substr(0, 3)));
     EXPECT_EQ(0, PostMatrix("/stall", "data", &m));
 }
@@ -1228,22 +1004,24 @@ TEST_F(MatrixPost, ClosedPortFails) {
 // The online check
 
 TEST_F(OnlineCheck, LinuxCountsAsOnline) {
-    EXPECT_EQ(0, selvora::net::IsInternetOffline());
-    EXPECT_EQ(1, selvora::net::EnsureInternetOnline("http://127.0.0.1/"));
-    EXPECT_EQ(1, selvora::net::EnsureInternetOnline(nullptr));
-    // The limits the exchanges run with.
-    EXPECT_EQ(15000, TestSettings().connectTimeoutMs);
-    EXPECT_EQ(60, TestSettings().stallSeconds);
+    const selvora::net::Connectivity& machine = selvora::net::PlatformConnectivity();
+    EXPECT_FALSE(machine.IsOffline());
+    EXPECT_EQ(1, selvora::net::EnsureInternetOnline("http://127.0.0.1/", machine));
+    EXPECT_EQ(1, selvora::net::EnsureInternetOnline(nullptr, machine));
+    // The conditions the exported exchanges run with.
+    const selvora::net::Conditions defaults;
+    EXPECT_EQ(&machine, defaults.connectivity);
+    EXPECT_EQ(15000, defaults.connectTimeoutMs);
+    EXPECT_EQ(60, defaults.stallSeconds);
 }
 
 TEST_F(OnlineCheck, OfflineAndRefusedSendsNothing) {
     server_.On("/sym", Reply(200, "symbol"));
     server_.On("/matrix", Reply(200, LittleEndian(kWords)));
     server_.On("/page", Reply(200, "page"));
-    TestSettings().simulateOffline = true;
-    TestSettings().goOnlineSucceeds = false;
-    EXPECT_EQ(1, selvora::net::IsInternetOffline());
-    EXPECT_EQ(0, selvora::net::EnsureInternetOnline("http://127.0.0.1/"));
+    GoOffline(false);
+    EXPECT_TRUE(machine_.IsOffline());
+    EXPECT_EQ(0, selvora::net::EnsureInternetOnline("http://127.0.0.1/", machine_));
 
     const fs::path file = dir_.Path() / "sym.dat";
     EXPECT_EQ(0, Load("/sym", file));
@@ -1256,7 +1034,7 @@ TEST_F(OnlineCheck, OfflineAndRefusedSendsNothing) {
     // The page fetch makes no such check. The server records a request before
     // answering it, so once this returns it has seen everything sent so far.
     OvString out;
-    EXPECT_EQ(1, OV_GetHtml(Url("/page").c_str(), &out));
+    EXPECT_EQ(1, Fetch(Url("/page"), &out));
     EXPECT_EQ("page", Text(out));
     const auto requests = server_.Requests();
     ASSERT_EQ(1u, requests.size());
@@ -1268,10 +1046,9 @@ TEST_F(OnlineCheck, OfflineButGoingOnlineWorks) {
     const std::string body = RandomBytes(5000, 8);
     server_.On("/sym", Reply(200, body));
     server_.On("/matrix", Reply(200, LittleEndian(kWords)));
-    TestSettings().simulateOffline = true;
-    TestSettings().goOnlineSucceeds = true;
-    EXPECT_EQ(1, selvora::net::IsInternetOffline());
-    EXPECT_EQ(1, selvora::net::EnsureInternetOnline("http://127.0.0.1/"));
+    GoOffline(true);
+    EXPECT_TRUE(machine_.IsOffline());
+    EXPECT_EQ(1, selvora::net::EnsureInternetOnline("http://127.0.0.1/", machine_));
 
     const fs::path file = dir_.Path() / "sym.dat";
     EXPECT_EQ(1, Load("/sym", file));
@@ -1523,7 +1300,7 @@ Responder Trickle(std::string body, std::chrono::milliseconds pause) {
 class Stall : public Net {};
 
 TEST_F(Stall, OneByteEveryTwoSecondsForSeventySecondsSucceeds) {
-    ASSERT_EQ(60, TestSettings().stallSeconds);  // the library's own limit
+    ASSERT_FALSE(Changed());  // the library's own limit, 60 s
     const std::string body = RandomText(35, 35);
     server_.On("/slow", Trickle(body, 2000ms));
     const auto start = std::chrono::steady_clock::now();
@@ -1534,7 +1311,7 @@ TEST_F(Stall, OneByteEveryTwoSecondsForSeventySecondsSucceeds) {
 }
 
 TEST_F(Stall, ASteadyTrickleOutlivesTheStallTime) {
-    TestSettings().stallSeconds = 2;
+    conditions_.stallSeconds = 2;
     const std::string body = RandomText(8, 8);
     server_.On("/slow", Trickle(body, 700ms));
     const fs::path file = dir_.Path() / "slow.sym";
@@ -1543,13 +1320,13 @@ TEST_F(Stall, ASteadyTrickleOutlivesTheStallTime) {
 }
 
 TEST_F(Stall, ASilentServerFailsAfterTheStallTime) {
-    TestSettings().stallSeconds = 2;
+    conditions_.stallSeconds = 2;
     // Accepted, request read, never a word back.
     server_.On("/silent",
                [](int fd, const std::atomic<bool>& stop) { WaitForClientClose(fd, stop); });
     const auto start = std::chrono::steady_clock::now();
     OvString out("keep");
-    EXPECT_EQ(0, OV_GetHtml(Url("/silent").c_str(), &out));
+    EXPECT_EQ(0, Fetch(Url("/silent"), &out));
     EXPECT_EQ("keep", Text(out));
     EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
 }

@@ -8,7 +8,6 @@ from the triangle program or from Euler's formula, sample counts from the
 sampling rule replayed in Python.
 """
 
-import http.server
 import math
 import os
 import pathlib
@@ -17,7 +16,6 @@ import shutil
 import struct
 import subprocess
 import tempfile
-import threading
 import unittest
 import xml.etree.ElementTree as ET
 
@@ -604,59 +602,67 @@ class ImageTest(ToolCase):
 
 
 class LoopbackServer:
-    """A local HTTP server: fixed pages, a binary file, a 404, a redirect,
-    and POST answers of 16 little-endian doubles (or too few bytes)."""
+    """The tests' loopback HTTP server (the program selvora_loopback_http):
+    fixed pages, a binary file, a 404, a redirect, and POST answers of 16
+    little-endian doubles (or too few bytes). `posts` lists each POST as
+    (path, body, Content-Type) from the requests the server recorded."""
 
     MATRIX = [1.0, -0.0, 0.1, 2.5e-300, -3.75, 1e300, 0.30000000000000004, 7.0,
               -1.0 / 3.0, 2.0 ** -1074, 42.0, -5e-324, 0.0, 0.0, 0.0, 1.0]
     PAGE = b"<html><body>Selvora loopback page \xc3\xa9</body></html>\n"
     BINARY = bytes((i * 7 + i // 256) % 256 for i in range(300000))
 
+    REASONS = {200: "OK", 302: "Found", 404: "Not Found"}
+
+    @staticmethod
+    def response(status, body, headers=()):
+        head = f"HTTP/1.1 {status} {LoopbackServer.REASONS[status]}\r\n"
+        for k, v in headers:
+            head += f"{k}: {v}\r\n"
+        head += f"Content-Length: {len(body)}\r\nConnection: close\r\n\r\n"
+        return head.encode() + body
+
     def __init__(self):
-        owner = self
-        self.posts = []
+        self.dir = pathlib.Path(tempfile.mkdtemp(prefix="selvora-loopback-"))
+        self.log = self.dir / "requests"
+        self.log.mkdir()
+        answer = struct.pack("<16d", *self.MATRIX) + b"extra bytes are ignored"
+        routes = {
+            "/page": self.response(200, self.PAGE, [("Content-Type", "text/html")]),
+            "/binary": self.response(200, self.BINARY),
+            "/moved": self.response(302, b"", [("Location", "/page")]),
+            "/matrix": self.response(200, answer),
+            "/short": self.response(200, answer[:127]),
+        }
+        args = [os.environ["SELVORA_LOOPBACK_HTTP"], "--log", str(self.log)]
+        for n, (path, response) in enumerate(routes.items()):
+            file = self.dir / f"response-{n}"
+            file.write_bytes(response)
+            args.append(f"{path}={file}")
+        self.process = subprocess.Popen(args, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        port = self.process.stdout.readline().strip().decode()
+        self.url = f"http://127.0.0.1:{port}"
 
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def log_message(self, *args):
-                pass
-
-            def reply(self, status, body, headers=()):
-                self.send_response(status)
-                for k, v in headers:
-                    self.send_header(k, v)
-                self.send_header("Content-Length", str(len(body)))
-                self.end_headers()
-                self.wfile.write(body)
-
-            def do_GET(self):
-                if self.path == "/page":
-                    self.reply(200, owner.PAGE, [("Content-Type", "text/html")])
-                elif self.path == "/binary":
-                    self.reply(200, owner.BINARY)
-                elif self.path == "/moved":
-                    self.reply(302, b"", [("Location", "/page")])
-                else:
-                    self.reply(404, b"not here")
-
-            def do_POST(self):
-                body = self.rfile.read(int(self.headers["Content-Length"]))
-                owner.posts.append((self.path, body, self.headers.get("Content-Type")))
-                answer = struct.pack("<16d", *owner.MATRIX) + b"extra bytes are ignored"
-                if self.path == "/matrix":
-                    self.reply(200, answer)
-                elif self.path == "/short":
-                    self.reply(200, answer[:127])
-                else:
-                    self.reply(500, b"no")
-
-        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        self.url = f"http://127.0.0.1:{self.server.server_address[1]}"
-        self.thread = threading.Thread(target=self.server.serve_forever, daemon=True)
-        self.thread.start()
+    @property
+    def posts(self):
+        requests = sorted(self.log.glob("request-*"), key=lambda p: int(p.name.split("-")[1]))
+        posts = []
+        for file in requests:
+            raw = file.read_bytes()
+            head, _, body = raw.partition(b"\r\n\r\n")
+            lines = head.decode("latin-1").split("\r\n")
+            method, path, _ = lines[0].split(" ", 2)
+            if method != "POST":
+                continue
+            fields = dict(l.split(": ", 1) for l in lines[1:] if ": " in l)
+            posts.append((path, body, fields.get("Content-Type")))
+        return posts
 
     def close(self):
-        self.server.shutdown()
-        self.server.server_close()
+        self.process.stdin.close()
+        self.process.wait(timeout=30)
+        self.process.stdout.close()
+        shutil.rmtree(self.dir, ignore_errors=True)
 
 
 def closed_port_url():
