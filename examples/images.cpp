@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::printf("width: %d\nheight: %d\n", width, height);
-    std::printf("type: %d\n", image.GetType());  // 2 for BMP, 3 for TIFF
+    std::printf("type: %d\n", image.GetType());  // OV_IMAGE_BMP (2) or OV_IMAGE_TIFF (3)
 
     // Whatever the file format, the pixels come as one block of height rows
     // of width * 3 bytes (R, G, B; no padding), and the bottom row of the

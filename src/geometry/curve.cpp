@@ -65,13 +65,13 @@ void Curve::Init() {
 Point3d Curve::GetStart() const { return m_start; }
 Point3d Curve::GetEnd() const { return m_end; }
 
-double Curve::GetTangentAtPoint(Vector3d&) { return -99999.0; }
-double Curve::GetTangentAtStart() { return -99999.0; }
-double Curve::GetTangentAtEnd() { return -99999.0; }
+double Curve::GetTangentAtPoint(Vector3d&) { return OV_NO_ANGLE; }
+double Curve::GetTangentAtStart() { return OV_NO_ANGLE; }
+double Curve::GetTangentAtEnd() { return OV_NO_ANGLE; }
 void Curve::PointSample(const int&, OvPnt3dArray&) {}
 void Curve::PointSample(const double&, OvPnt3dArray&) {}
 double Curve::GetLength() { return 0.0; }
-double Curve::distanceToPt(Point3d&) { return -1.0; }
+double Curve::distanceToPt(Point3d&) { return OV_NO_DISTANCE; }
 int Curve::PointOnCurve(const Point3d&) { return 0; }
 
 int Curve::SetStart(const Point3d& p) {

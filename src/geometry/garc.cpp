@@ -84,10 +84,10 @@ double GArc::GetLength() { return (GetEndAngle() - GetStartAngle()) * GetRadius(
 double GArc::distanceToPt(Point3d& p) { return m_frame.distanceToPt(p); }
 
 int GArc::PointOnCurve(const Point3d& p) {
-    if (!(1e-6 > m_frame.distanceToPt(p))) return 0;
+    if (!(selvora::kNearTolerance > m_frame.distanceToPt(p))) return 0;
     // In the local frame the arc lies on the unit circle of the XY plane.
     const Point3d q = GetTransformation().inverse() * p;
-    if (!(1e-6 > std::fabs(q.z))) return 0;
+    if (!(selvora::kNearTolerance > std::fabs(q.z))) return 0;
     double a = DirectionAngle(q.y, q.x);
     if (GetStartAngle() > a) a += selvora::kTwoPiF;
     return GetEndAngle() >= a ? 1 : 0;

@@ -4,16 +4,14 @@
 #include <new>
 
 #include "geometry/record.h"
+#include "kernel/constants.h"
 
 static_assert(sizeof(Point3d) == 24, "a Line record is two packed 24-byte points");
 
 namespace {
 
-// Direction components below this magnitude are taken as exactly zero; line
-// equality uses the same per-coordinate tolerance.
-constexpr double kLineTol = 2.5e-9;
-// 180 divided by pi rounded to single precision, computed in double.
-constexpr double kTangentDegrees = 57.29577791868205;
+using selvora::kGeometryTolerance;
+using selvora::kTangentDegrees;
 
 }  // namespace
 
@@ -96,9 +94,9 @@ Vector3d Line::GetDirection() const {
     const double f = len == 0.0 ? 1.0 : 1.0 / len;
     Vector3d u((GetEndX() - GetStartX()) * f, (GetEndY() - GetStartY()) * f,
                (GetEndZ() - GetStartZ()) * f);
-    if (std::fabs(u.x) < kLineTol) u.x = 0.0;
-    if (std::fabs(u.y) < kLineTol) u.y = 0.0;
-    if (std::fabs(u.z) < kLineTol) u.z = 0.0;
+    if (std::fabs(u.x) < kGeometryTolerance) u.x = 0.0;
+    if (std::fabs(u.y) < kGeometryTolerance) u.y = 0.0;
+    if (std::fabs(u.z) < kGeometryTolerance) u.z = 0.0;
     return u;
 }
 
@@ -149,7 +147,7 @@ void Line::SetMidpointZ(double z) {
 void Line::SetDir(double x, double y, double z) {
     const double s = x * x + y * y + z * z;
     if (s == 0.0) return;
-    if (std::fabs(1.0 - s) > 1e-6) {
+    if (std::fabs(1.0 - s) > selvora::kNearTolerance) {
         const double n = std::sqrt(s);
         x = x / n;
         y = y / n;
@@ -224,8 +222,9 @@ int Line::operator==(Line& other) {
     const Point3d s0 = GetStart(), e0 = GetEnd();
     const Point3d s1 = other.GetStart(), e1 = other.GetEnd();
     auto same = [](const Point3d& p, const Point3d& q) {
-        return std::fabs(p.x - q.x) < kLineTol && std::fabs(p.y - q.y) < kLineTol &&
-               std::fabs(p.z - q.z) < kLineTol;
+        return std::fabs(p.x - q.x) < kGeometryTolerance &&
+               std::fabs(p.y - q.y) < kGeometryTolerance &&
+               std::fabs(p.z - q.z) < kGeometryTolerance;
     };
     return same(s0, s1) && same(e0, e1);
 }

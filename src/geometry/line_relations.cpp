@@ -8,13 +8,8 @@
 
 namespace {
 
-// The tolerance of the relation tests, the same as the direction snap.
-constexpr double kLineTol = 2.5e-9;
-// 180 / pi rounded to single precision; not the factor of the tangent angles.
-constexpr double kAngleDegrees = 57.2957763671875;
-// Answers for a null line pointer.
-constexpr double kNoDistance = -1.0;
-constexpr double kNoAngle = -99999.0;
+using selvora::kAngleDegrees;
+using selvora::kGeometryTolerance;
 
 // Orders parameter intervals (lo, hi, 0) by lo alone.
 int CompareLo(const void* p, const void* q) {
@@ -56,12 +51,12 @@ void Line::Project2DPoint(double x, double y, double& ox, double& oy) const {
 }
 
 int Line::IntersectsLine(const Point3d& p) const {
-    return std::fabs(Point2DCurveDistance(p)) < kLineTol;
+    return std::fabs(Point2DCurveDistance(p)) < kGeometryTolerance;
 }
 
 int Line::Intersects(const Point3d& p) const {
     if (!IntersectsLine(p)) return 0;
-    return (GetStart() - p) * (GetEnd() - p) < kLineTol;
+    return (GetStart() - p) * (GetEnd() - p) < kGeometryTolerance;
 }
 
 // ---- Intersections of two lines ----
@@ -82,7 +77,7 @@ int Line::Intersect(const Line& other, Point3d& out) const {
     const double a0 = a(), b0 = b(), c0 = c();
     const double a1 = other.a(), b1 = other.b(), c1 = other.c();
     const double d = b1 * a0 - a1 * b0;
-    if (std::fabs(d) < kLineTol) return 0;
+    if (std::fabs(d) < kGeometryTolerance) return 0;
     const double s = -1.0 / d;
     const double x = (b1 * c0 - c1 * b0) * s;
     const double y = (c1 * a0 - a1 * c0) * s;
@@ -106,7 +101,7 @@ int Line::IsIntersect(Line& other) const {
 // ---- Measures and tests against another line ----
 
 double Line::EndPointsDistance(const Line* other) const {
-    if (!other) return kNoDistance;
+    if (!other) return OV_NO_DISTANCE;
     Point3d s0 = GetStart(), e0 = GetEnd();
     const Point3d s1 = other->GetStart(), e1 = other->GetEnd();
     double d = s0.distanceTo(s1);
@@ -147,12 +142,12 @@ int Line::BothEndsCloseToLine(const Line* other, double tol) const {
 
 int Line::EndPointsWithinLine(const Line* other) const {
     if (!other) return 0;
-    if (!(std::fabs(Point2DCurveDistance(other->GetEnd())) < kLineTol)) return 0;
-    return std::fabs(Point2DCurveDistance(other->GetStart())) < kLineTol;
+    if (!(std::fabs(Point2DCurveDistance(other->GetEnd())) < kGeometryTolerance)) return 0;
+    return std::fabs(Point2DCurveDistance(other->GetStart())) < kGeometryTolerance;
 }
 
 double Line::distanceToParallel(const Line* other) const {
-    if (!other) return kNoDistance;
+    if (!other) return OV_NO_DISTANCE;
     return Point2DCurveDistance(other->GetMidpoint());
 }
 
@@ -162,18 +157,18 @@ double Line::DistanceFrom(Line& other) const {
     Vector3d n = u / m0.asVector3d();
     Vector3d w = m0 - other.GetMidpoint();
     const double len = n.length();
-    if (len < kLineTol) return w.length();
+    if (len < kGeometryTolerance) return w.length();
     return std::fabs((w * n) / len);
 }
 
 int Line::parallel(Vector3d& v) const {
     const Vector3d u = GetDirection();
     Point3d p(u.x, u.y, u.z);
-    return p.distanceTo(Point3d(v.x, v.y, v.z)) < kLineTol;
+    return p.distanceTo(Point3d(v.x, v.y, v.z)) < kGeometryTolerance;
 }
 
 double Line::Angle(const Line* other) const {
-    if (!other) return kNoAngle;
+    if (!other) return OV_NO_ANGLE;
     Vector3d d0(GetDirX(), GetDirY(), 0.0);
     Vector3d d1(other->GetDirX(), other->GetDirY(), 0.0);
     d0.normalize();

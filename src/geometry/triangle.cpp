@@ -3,15 +3,15 @@
 #include <cmath>
 
 #include "geometry/record.h"
+#include "kernel/constants.h"
 
 namespace {
 
-// Per-coordinate tolerance of triangle equality (the same as Line's).
-constexpr double kEqualTolerance = 2.5e-9;
+using selvora::kGeometryTolerance;
 
 bool NearlyEqual(const Point3d& a, const Point3d& b) {
-    return std::fabs(a.x - b.x) < kEqualTolerance && std::fabs(a.y - b.y) < kEqualTolerance &&
-           std::fabs(a.z - b.z) < kEqualTolerance;
+    return std::fabs(a.x - b.x) < kGeometryTolerance && std::fabs(a.y - b.y) < kGeometryTolerance &&
+           std::fabs(a.z - b.z) < kGeometryTolerance;
 }
 
 }  // namespace

@@ -40,18 +40,18 @@ void Release(void* block) {
 
 }  // namespace
 
-CImage::CImage() : type(0), width(0), height(0), bits(nullptr) {}
+CImage::CImage() : type(OV_IMAGE_NONE), width(0), height(0), bits(nullptr) {}
 
 CImage::CImage(const CImage& other)
     : type(other.type), width(other.width), height(other.height), bits(other.bits) {
-    if (type != 0) Share(bits);
+    if (type != OV_IMAGE_NONE) Share(bits);
 }
 
 CImage::~CImage() { CleanUp(); }
 
 CImage& CImage::operator=(const CImage& other) {
     if (this == &other) return *this;
-    if (other.type != 0) Share(other.bits);
+    if (other.type != OV_IMAGE_NONE) Share(other.bits);
     CleanUp();
     type = other.type;
     width = other.width;
@@ -61,9 +61,10 @@ CImage& CImage::operator=(const CImage& other) {
 }
 
 void CImage::CleanUp() {
-    if (type != 0 && bits) Release(bits);
+    if (type != OV_IMAGE_NONE && bits) Release(bits);
     bits = nullptr;
-    type = width = height = 0;
+    type = OV_IMAGE_NONE;
+    width = height = 0;
 }
 
 int CImage::Load(const char* path) {
@@ -90,13 +91,13 @@ int CImage::Store(unsigned char* block, int w, int h, int loadedType) {
 int CImage::LoadBmp(const char* path) {
     int w = 0, h = 0;
     unsigned char* block = path ? selvora::ReadBmp(path, &w, &h) : nullptr;
-    return Store(block, w, h, 2);
+    return Store(block, w, h, OV_IMAGE_BMP);
 }
 
 int CImage::LoadTif(const char* path) {
     int w = 0, h = 0;
     unsigned char* block = path ? selvora::ReadTif(path, &w, &h) : nullptr;
-    return Store(block, w, h, 3);
+    return Store(block, w, h, OV_IMAGE_TIFF);
 }
 
 int CImage::LoadJpg(const char*) { return 0; }

@@ -13,9 +13,9 @@ namespace {
 
 const char* TypeName(int type) {
     switch (type) {
-        case 2:
+        case OV_IMAGE_BMP:
             return "BMP";
-        case 3:
+        case OV_IMAGE_TIFF:
             return "TIFF";
         default:
             return "none";

@@ -2,11 +2,27 @@
 
 #include <selvora/selvora.h>
 
+#include <cstdio>
+
 namespace selvora_tool {
 
 namespace {
 
 std::string Count(size_t n) { return std::to_string(n); }
+
+// A magnitude as people write it: 1e75, 1e-60 (no "+", no leading zeros).
+std::string Magnitude(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", value);
+    std::string s = text;
+    const size_t e = s.find('e');
+    if (e == std::string::npos) return s;
+    size_t digits = e + 1;
+    const std::string sign = s[digits] == '-' ? "-" : "";
+    if (s[digits] == '+' || s[digits] == '-') ++digits;
+    while (digits + 1 < s.size() && s[digits] == '0') ++digits;
+    return s.substr(0, e + 1) + sign + s.substr(digits);
+}
 
 bool CheckCounts(const PlanarGraph& graph, std::string& error) {
     const size_t points = graph.points.size();
@@ -34,7 +50,9 @@ bool CheckCounts(const PlanarGraph& graph, std::string& error) {
         if (!OV_isTessellationCoordinate(p.x) || !OV_isTessellationCoordinate(p.y)) {
             error = "point " + Count(i) +
                     " has a coordinate the triangulator does not take (non-zero magnitudes run "
-                    "from 1e-60 to 1e75)";
+                    "from " +
+                    Magnitude(OV_TESSELLATION_MIN_COORDINATE) + " to " +
+                    Magnitude(OV_TESSELLATION_MAX_COORDINATE) + ")";
             return false;
         }
     }

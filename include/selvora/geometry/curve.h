@@ -9,15 +9,22 @@
 #include "selvora/foundation/ov_array.h"
 #include "selvora/geometry/geometry.h"
 
+/// The answer of a tangent or angle query that has no value: the base Curve's
+/// tangents, and the line queries given no line.
+constexpr double OV_NO_ANGLE = -99999.0;
+/// The answer of a distance query that has no value: the base Curve's, and the
+/// line queries' given no line.
+constexpr double OV_NO_DISTANCE = -1.0;
+
 /// End points, descriptive attributes and the sampling arithmetic that every
 /// one-dimensional geometry object shares. The class name is "GCurve".
 ///
 /// The base class has no shape of its own: its curve queries give the fixed
 /// answers noted on each, and the concrete curves (Line, GArc, Circle) replace
-/// the virtual ones. The base answers of the curve queries: -99999.0 marks a
-/// missing tangent, -1.0 a missing distance. The symmetry, extent and periodic attributes are
-/// descriptive; of the library's own operations only Line::Scale looks at one
-/// (the extent).
+/// the virtual ones. The base answers of the curve queries: OV_NO_ANGLE
+/// (-99999.0) marks a missing tangent, OV_NO_DISTANCE (-1.0) a missing distance. The symmetry,
+/// extent and periodic attributes are descriptive; of the library's own operations only Line::Scale
+/// looks at one (the extent).
 class SELVORA_API Curve : public Geometry {
   public:
     /// Symmetry attribute of a curve.

@@ -7,6 +7,13 @@
 
 #include "selvora/export.h"
 
+/// CImage::GetType of an empty image.
+constexpr int OV_IMAGE_NONE = 0;
+/// CImage::GetType of an image read from a BMP file.
+constexpr int OV_IMAGE_BMP = 2;
+/// CImage::GetType of an image read from a TIFF file.
+constexpr int OV_IMAGE_TIFF = 3;
+
 /// A raster image loaded from a BMP or TIFF file into one block of 24-bit pixels.
 ///
 /// The pixel block holds `height` rows of `width` * 3 bytes, R, G, B per pixel,
@@ -15,7 +22,7 @@
 /// freed when the last image holding it is cleaned up.
 class SELVORA_API CImage {
   public:
-    /// An empty image: type 0, 0 x 0, no block.
+    /// An empty image: type OV_IMAGE_NONE, 0 x 0, no block.
     CImage();
     CImage(const CImage& other);  ///< shares the block
     /// CleanUp().
@@ -43,7 +50,7 @@ class SELVORA_API CImage {
     int GetHeight() { return height; }  ///< Height in pixels; 0 when empty.
     /// The pixel block, owned by the image; null when empty.
     void* GetBitsPtr() { return bits; }
-    int GetType() { return type; }  ///< 0 nothing, 2 BMP, 3 TIFF
+    int GetType() { return type; }  ///< OV_IMAGE_NONE, OV_IMAGE_BMP or OV_IMAGE_TIFF
 
   private:
     int Store(unsigned char* block, int w, int h, int loadedType);
