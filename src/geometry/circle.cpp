@@ -37,8 +37,9 @@ void Circle::Save(FILE* stream) { m_frame.Save(stream); }
 void Circle::PointSample(const int& count, OvPnt3dArray& points) {
     points.RemoveAll();
     if (count <= 0) return;
-    // The full turn is the double 2pi here, unlike the length's 2pi'. Local
-    // angles start at 0, and 0.0 + i * step is exactly i * step.
+    // Deliberately the double 2pi here, unlike the length's float-rounded one:
+    // sampled points and lengths both keep their bits. Local angles start at
+    // 0, and 0.0 + i * step is exactly i * step.
     m_frame.Sample(0.0, 8.0 * std::atan(1.0) / count, count, points);
 }
 

@@ -138,7 +138,9 @@ int Curve::operator==(Curve& c) {
 }
 
 int Curve::operator==(Geometry& g) {
-    // The name alone does not prove the type: a plain Geometry assigned from a
+    // Deliberately strict: only an object named exactly "GCurve" can equal a
+    // Curve, so a Line, GArc or Circle passed as a Geometry never does. The
+    // name alone does not prove the type: a plain Geometry assigned from a
     // curve carries "GCurve" too.
     Curve* c = dynamic_cast<Curve*>(&g);
     return g.isA("GCurve") && c ? *this == *c : 0;

@@ -37,8 +37,9 @@ void GArc::transformBy(const Matrix3d& m) {
     before.transformBy(m);
 
     Curve::transformBy(m);
-    // startV and endV are directions of the local frame, yet they are turned
-    // by the world matrix like the normal.
+    // Deliberately, startV and endV, directions of the local frame, are turned
+    // by the world matrix like the normal: transformed arcs and their records
+    // depend on it.
     m_frame.MoveBy(m);
     m_startV.transformBy(m);
     m_endV.transformBy(m);

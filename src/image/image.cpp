@@ -67,6 +67,8 @@ void CImage::CleanUp() {
     width = height = 0;
 }
 
+// Deliberately only the last three characters choose the reader, in any case:
+// "x.tiff" and "x.jpg" are refused, "xbmp" is read as BMP.
 int CImage::Load(const char* path) {
     CleanUp();
     if (!path) return 0;

@@ -158,6 +158,9 @@ Matrix3d Matrix3d::invert() {
 
 void Matrix3d::operator*=(Matrix3d b) { *this = *this * b; }
 
+// zAxis is taken as unit length, not normalised. Deliberately, a zAxis along
+// -Z gets no turn here, unlike in the three-axis form below: frames built from
+// stored normals depend on it.
 Matrix3d Matrix3d::setCoordSystem(Point3d origin, Vector3d zAxis) {
     Matrix3d toLocal = Translation(-origin.x, -origin.y, -origin.z);
     if (zAxis.x != 0.0 || zAxis.y != 0.0) {

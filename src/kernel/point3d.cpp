@@ -81,6 +81,8 @@ double Point3d::sqrdistanceTo(Point3d p) {
 
 double Point3d::distanceTo(Point3d p) { return std::sqrt(sqrdistanceTo(p)); }
 
+// Deliberately floor, not round to nearest: 1.239 -> 1.23 and -1.231 -> -1.24
+// with s = 100. Snapped coordinates that callers store and compare depend on it.
 void Point3d::round(double s) {
     x = std::floor(s * x) / s;
     y = std::floor(s * y) / s;

@@ -101,7 +101,7 @@ class SELVORA_API Vector3d {
     ///@}
 
     /// The unit Z axis (0, 0, 1).
-    Vector3d() : x(0.0), y(0.0), z(1.0) {}
+    Vector3d() : x(0.0), y(0.0), z(1.0) {}  // deliberately +Z, not zero: a default normal
     /// The vector (x, y, z).
     Vector3d(double x, double y, double z) : x(x), y(y), z(z) {}
     /// Copies the components.
