@@ -10,6 +10,8 @@
 #include "selvora/foundation/ov_color.h"
 #include "selvora/foundation/ov_string.h"
 #include "selvora/geometry/arc.h"
+#include "selvora/geometry/circle.h"
+#include "selvora/geometry/circular.h"
 #include "selvora/geometry/curve.h"
 #include "selvora/geometry/geometry.h"
 #include "selvora/geometry/implicit_curve.h"

@@ -2,12 +2,12 @@
 #include <new>
 
 #include "kernel/constants.h"
-#include "selvora/geometry/arc.h"
+#include "selvora/geometry/circle.h"
 
 Circle::Circle() { m_className = "GCircle"; }
 
 Circle::Circle(double x, double y, double z, double radius, Vector3d& normal, Point3d a, Point3d b)
-    : ImplicitCurve(a, b) {
+    : CircularCurve(a, b) {
     m_className = "GCircle";
     m_frame.center = Point3d(x, y, z);
     SetRadius(radius);
@@ -15,7 +15,7 @@ Circle::Circle(double x, double y, double z, double radius, Vector3d& normal, Po
 }
 
 Circle::Circle(Point3d center, double radius, Vector3d& normal, Point3d a, Point3d b)
-    : ImplicitCurve(a, b) {
+    : CircularCurve(a, b) {
     m_className = "GCircle";
     SetCenter(center);
     SetRadius(radius);

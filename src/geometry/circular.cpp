@@ -1,7 +1,11 @@
 #include <cmath>
 
 #include "geometry/record.h"
-#include "selvora/geometry/arc.h"
+#include "selvora/geometry/circular.h"
+
+CircularCurve::CircularCurve() = default;
+CircularCurve::CircularCurve(Point3d& s, Point3d& e) : ImplicitCurve(s, e) {}
+CircularCurve::~CircularCurve() = default;
 
 void CircleFrame::SetRadius(double r) { size = Vector3d(r, r, r); }
 double CircleFrame::GetRadius() const { return size.x; }
