@@ -1,6 +1,6 @@
 #include <cmath>
 
-#include "geometry/record.h"
+#include "geometry/frame_record.h"
 #include "selvora/geometry/circular.h"
 
 CircularCurve::CircularCurve() = default;
@@ -77,14 +77,6 @@ void CircleFrame::ScaleRadiusBy(const Matrix3d& m) {
     SetRadius(radius.length());
 }
 
-void CircleFrame::Save(FILE* stream) const {
-    selvora::WriteField(stream, center);
-    selvora::WriteField(stream, size);
-    selvora::WriteField(stream, normal);
-}
+void CircleFrame::Save(FILE* stream) const { selvora::WriteRecord(stream, *this); }
 
-void CircleFrame::Load(FILE* stream) {
-    selvora::ReadField(stream, center);
-    selvora::ReadField(stream, size);
-    selvora::ReadField(stream, normal);
-}
+void CircleFrame::Load(FILE* stream) { selvora::ReadRecord(stream, *this); }

@@ -40,21 +40,22 @@ void Curve::transformBy(const Matrix3d& m) {
     m_end.transformBy(m);
 }
 
-void Curve::Load(FILE* stream) {
-    selvora::ReadField(stream, m_start);
-    selvora::ReadField(stream, m_end);
-    selvora::ReadField(stream, m_symmetry);
-    selvora::ReadField(stream, m_extent);
-    selvora::ReadField(stream, m_periodic);
-}
+// The 60-byte record: start, end, symmetry, extent, periodic.
+template <>
+struct selvora::RecordFields<Curve> {
+    template <class Walker, class C>
+    static void Walk(const Walker& walk, C& c) {
+        walk(c.m_start);
+        walk(c.m_end);
+        walk(c.m_symmetry);
+        walk(c.m_extent);
+        walk(c.m_periodic);
+    }
+};
 
-void Curve::Save(FILE* stream) {
-    selvora::WriteField(stream, m_start);
-    selvora::WriteField(stream, m_end);
-    selvora::WriteField(stream, m_symmetry);
-    selvora::WriteField(stream, m_extent);
-    selvora::WriteField(stream, m_periodic);
-}
+void Curve::Load(FILE* stream) { selvora::ReadRecord(stream, *this); }
+
+void Curve::Save(FILE* stream) { selvora::WriteRecord(stream, *this); }
 
 void Curve::Init() {
     m_symmetry = Symmetric;

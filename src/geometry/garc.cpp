@@ -2,7 +2,7 @@
 #include <new>
 #include <utility>
 
-#include "geometry/record.h"
+#include "geometry/frame_record.h"
 #include "kernel/constants.h"
 #include "selvora/geometry/arc.h"
 
@@ -53,17 +53,20 @@ void GArc::transformBy(const Matrix3d& m) {
     if (before.distanceTo(after) > GetRadius()) std::swap(m_startV, m_endV);
 }
 
-void GArc::Load(FILE* stream) {
-    m_frame.Load(stream);
-    selvora::ReadField(stream, m_startV);
-    selvora::ReadField(stream, m_endV);
-}
+// The 120-byte record: the frame's 72 bytes, then startV and endV.
+template <>
+struct selvora::RecordFields<GArc> {
+    template <class Walker, class A>
+    static void Walk(const Walker& walk, A& a) {
+        selvora::RecordFields<CircleFrame>::Walk(walk, a.m_frame);
+        walk(a.m_startV);
+        walk(a.m_endV);
+    }
+};
 
-void GArc::Save(FILE* stream) {
-    m_frame.Save(stream);
-    selvora::WriteField(stream, m_startV);
-    selvora::WriteField(stream, m_endV);
-}
+void GArc::Load(FILE* stream) { selvora::ReadRecord(stream, *this); }
+
+void GArc::Save(FILE* stream) { selvora::WriteRecord(stream, *this); }
 
 void GArc::PointSample(const int& count, OvPnt3dArray& points) {
     points.RemoveAll();

@@ -55,20 +55,35 @@ Geometry* Line::copy() { return new (std::nothrow) Line(*this); }
 
 // ---- Record ----
 
+namespace {
+
+// The 48-byte record: the end points, as GetStart and GetEnd give them and
+// SetStart and SetEnd take them.
+struct LineRecord {
+    Point3d start, end;
+};
+
+}  // namespace
+
+template <>
+struct selvora::RecordFields<LineRecord> {
+    template <class Walker, class R>
+    static void Walk(const Walker& walk, R& r) {
+        walk(r.start);
+        walk(r.end);
+    }
+};
+
 void Line::Load(FILE* stream) {
     if (!stream) return;
     // Unread coordinates keep the temporaries' zeros.
-    Point3d start, end;
-    selvora::ReadField(stream, start);
-    selvora::ReadField(stream, end);
-    SetStart(start);
-    SetEnd(end);
+    LineRecord r;
+    selvora::ReadRecord(stream, r);
+    SetStart(r.start);
+    SetEnd(r.end);
 }
 
-void Line::Save(FILE* stream) {
-    selvora::WriteField(stream, GetStart());
-    selvora::WriteField(stream, GetEnd());
-}
+void Line::Save(FILE* stream) { selvora::WriteRecord(stream, LineRecord{GetStart(), GetEnd()}); }
 
 // ---- Derived quantities ----
 

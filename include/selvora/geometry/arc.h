@@ -96,6 +96,9 @@ class SELVORA_API GArc : public CircularCurve {
     int operator==(Geometry& other);  ///< 0 unless other is a GArc
 
   protected:
+    template <class T>
+    friend struct selvora::RecordFields;
+
     /// The world point of local angle \p t.
     Point3d PointAtAngle(double t) const;
 

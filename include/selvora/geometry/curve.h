@@ -163,6 +163,9 @@ class SELVORA_API Curve : public Geometry {
     int operator==(Geometry& g);
 
   protected:
+    template <class T>
+    friend struct selvora::RecordFields;
+
     Point3d m_start;          ///< The stored start point.
     Point3d m_end;            ///< The stored end point.
     SymmetryType m_symmetry;  ///< The symmetry attribute.

@@ -9,6 +9,13 @@
 #include "selvora/foundation/ov_string.h"
 #include "selvora/kernel/matrix3d.h"
 
+namespace selvora {
+/// The fields of a class's binary record, in order: one list, defined inside
+/// the library, that the class's Save and Load both walk.
+template <class T>
+struct RecordFields;
+}  // namespace selvora
+
 /// The root of the geometry objects: identity by class name, polymorphic
 /// copying, transformation and raw binary records. A plain Geometry has the
 /// class name "NOCLASS" and no shape: transformBy, Load and Save do nothing.
