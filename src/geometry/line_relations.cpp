@@ -1,7 +1,10 @@
 // Relations of a Line to points and to other lines: intersections, distances,
 // projections, angles, collinearity and covered lengths.
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <new>
+#include <vector>
 
 #include "kernel/constants.h"
 #include "selvora/geometry/line.h"
@@ -11,14 +14,10 @@ namespace {
 using selvora::kAngleDegrees;
 using selvora::kGeometryTolerance;
 
-// Orders parameter intervals (lo, hi, 0) by lo alone.
-int CompareLo(const void* p, const void* q) {
-    const double lo1 = static_cast<const Point3d*>(p)->x;
-    const double lo2 = static_cast<const Point3d*>(q)->x;
-    if (lo1 > lo2) return 1;
-    if (lo2 > lo1) return -1;
-    return 0;
-}
+// A stretch [lo, hi] of this line's parameter, 0 at the start and 1 at the end.
+struct Interval {
+    double lo, hi;
+};
 
 }  // namespace
 
@@ -226,26 +225,31 @@ double Line::ProjectedUnion(CArray<Line*, Line*>& lines) {
     const int count = lines.GetSize();
     if (count <= 0) return 0.0;
 
-    // Parameter intervals on this line, each stored as (lo, hi, 0).
-    OvPnt3dArray intervals;
-    intervals.SetSize(count, -1);
-    if (intervals.GetSize() != count) return 0.0;
-    Point3d* slots = intervals.GetData();
-    int used = 0;
+    // The stretch each line's projection covers.
+    std::vector<Interval> intervals;
+    try {
+        intervals.reserve(static_cast<size_t>(count));  // no growth below
+    } catch (const std::bad_alloc&) {
+        return 0.0;
+    }
     for (int k = 0; k < count; ++k) {
         const Line* line = lines.GetAt(k);  // throws if the container shrank meanwhile
         if (!line) continue;                // a null entry covers nothing
         const Point3d s = line->GetStart(), e = line->GetEnd();
         const double t1 = Findt(s.x, s.y, s.z);
         const double t2 = Findt(e.x, e.y, e.z);
-        slots[used++] = t2 > t1 ? Point3d(t1, t2, 0.0) : Point3d(t2, t1, 0.0);
+        intervals.push_back(t2 > t1 ? Interval{t1, t2} : Interval{t2, t1});
     }
-    std::qsort(slots, static_cast<size_t>(used), sizeof(Point3d), CompareLo);
+    // By lo alone; intervals with equal lo keep the container's order, as the
+    // C library's merge sort has always left them (the sums below depend on
+    // the order).
+    std::stable_sort(intervals.begin(), intervals.end(),
+                     [](const Interval& a, const Interval& b) { return a.lo < b.lo; });
 
     // Sweep in order of lo; cover is the right edge of what is already counted.
     double cover = 0.0, total = 0.0;
-    for (int k = 0; k < used; ++k) {
-        const double lo = slots[k].x, hi = slots[k].y;
+    for (const Interval& interval : intervals) {
+        const double lo = interval.lo, hi = interval.hi;
         if (cover > hi) continue;
         if (lo > 1.0) break;
         if (cover > lo) {

@@ -475,6 +475,24 @@ TEST(LineRelationsTest, ProjectedUnionSweepCases) {
     }
 }
 
+TEST(LineRelationsTest, ProjectedUnionKeepsTheContainerOrderOfEqualStarts) {
+    // [0.01, 0.02] and [0.01, 0.08] start together. Taken in the container's
+    // order, the sweep adds (0.02 - 0.01) + (0.08 - 0.02) or 0.08 - 0.01, and
+    // the two sums differ in the last bit (python3: 10 * ((0.2/10 - 0.1/10) +
+    // (0.8/10 - 0.2/10)) = 0.7, 10 * (0.8/10 - 0.1/10) = 0.7000000000000001).
+    Line x = AxisTen();
+    Line shorter = MakeLine(0.1, 0.0, 0.0, 0.2, 0.0, 0.0);
+    Line longer = MakeLine(0.1, 0.0, 0.0, 0.8, 0.0, 0.0);
+    CArray<Line*, Line*> shorterFirst;
+    shorterFirst.Add(&shorter);
+    shorterFirst.Add(&longer);
+    EXPECT_SAME_DOUBLE(0.7, x.ProjectedUnion(shorterFirst));
+    CArray<Line*, Line*> longerFirst;
+    longerFirst.Add(&longer);
+    longerFirst.Add(&shorter);
+    EXPECT_SAME_DOUBLE(0.7000000000000001, x.ProjectedUnion(longerFirst));
+}
+
 TEST(LineRelationsTest, ProjectedUnionInThreeDimensions) {
     // Intervals on A: [-0.236, 0.009], [0.206, 0.696], [0.779, 1.478], [-0.198, -0.112].
     Line a = LineA(), b = LineB();
