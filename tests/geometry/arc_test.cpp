@@ -216,30 +216,22 @@ TEST(GArcAngles, LengthOfTiltedArc) {
 
 TEST(GArcTransformation, TiltedNormal) {
     GArc arc = TiltedArc();
-    const double expected[16] = {2.3333333333333335,
-                                 -0.33333333333333354,
-                                 0.8333333333333336,
-                                 1.0,  //
-                                 -0.33333333333333354,
-                                 1.8333333333333335,
-                                 1.6666666666666672,
-                                 -2.0,  //
-                                 -0.8333333333333336,
-                                 -1.6666666666666672,
-                                 1.6666666666666665,
-                                 3.0,  //
-                                 0.0,
-                                 0.0,
-                                 0.0,
-                                 1.0};
+    // clang-format off
+    const double expected[16] = {2.3333333333333335, -0.33333333333333354, 0.8333333333333336, 1.0,
+                                 -0.33333333333333354, 1.8333333333333335, 1.6666666666666672, -2.0,
+                                 -0.8333333333333336, -1.6666666666666672, 1.6666666666666665, 3.0,
+                                 0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     ExpectMatrix(expected, arc.GetTransformation());
 }
 
 TEST(GArcTransformation, NormalAlongZOrZeroIsNotTilted) {
-    const double expected[16] = {2.0, 0.0, 0.0, 1.0,   //
-                                 0.0, 2.0, 0.0, -2.0,  //
-                                 0.0, 0.0, 2.0, 3.0,   //
+    // clang-format off
+    const double expected[16] = {2.0, 0.0, 0.0, 1.0,
+                                 0.0, 2.0, 0.0, -2.0,
+                                 0.0, 0.0, 2.0, 3.0,
                                  0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     for (const Vector3d& n : {Vector3d(0.0, 0.0, 1.0), Vector3d(0.0, 0.0, -1.0),
                               Vector3d(0.0, 0.0, 0.0), Vector3d(-0.0, 0.0, 7.0)}) {
         SCOPED_TRACE(::testing::Message() << "normal z " << n.z);
@@ -253,10 +245,12 @@ TEST(GArcTransformation, NormalAlongZOrZeroIsNotTilted) {
 TEST(GArcTransformation, OnlySizeXScales) {
     GArc arc;
     arc.SetSize(3.0, 100.0, -5.0);
-    const double expected[16] = {3.0, 0.0, 0.0, 0.0,  //
-                                 0.0, 3.0, 0.0, 0.0,  //
-                                 0.0, 0.0, 3.0, 0.0,  //
+    // clang-format off
+    const double expected[16] = {3.0, 0.0, 0.0, 0.0,
+                                 0.0, 3.0, 0.0, 0.0,
+                                 0.0, 0.0, 3.0, 0.0,
                                  0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     ExpectMatrix(expected, arc.GetTransformation());
 }
 
@@ -503,10 +497,12 @@ TEST(GArcTransform, RotationAndTranslationKeepTheSense) {
 TEST(GArcTransform, GeneralLinearMapSetsUniformRadiusAndMaySwap) {
     GArc arc = TiltedArc();
     arc.GetStartPoint() = Point3d(2.0, 0.0, -1.0);
-    const Matrix3d m(1.0, 0.5, 0.0, 1.0,   //
-                     0.25, 2.0, 0.0, 0.0,  //
-                     0.1, 0.0, 3.0, 0.0,   //
+    // clang-format off
+    const Matrix3d m(1.0, 0.5, 0.0, 1.0,
+                     0.25, 2.0, 0.0, 0.0,
+                     0.1, 0.0, 3.0, 0.0,
                      0.0, 0.0, 0.0, 1.0);
+    // clang-format on
     arc.transformBy(m);
     EXPECT_SAME_XYZ(1.0, -3.75, 9.1, arc.GetCenter());
     EXPECT_SAME_XYZ(2.0, 4.25, 6.1, arc.GetNormal());

@@ -139,22 +139,12 @@ TEST(CircleAccessors, TransformationIsTheArcFrames) {
     Vector3d normal(1.0, 2.0, 2.0);
     GArc arc(Point3d(1.0, -2.0, 3.0), 2.5, normal, Vector3d(1.0, 0.0, 0.0),
              Vector3d(0.0, 1.0, 0.0));
-    const double expected[16] = {2.3333333333333335,
-                                 -0.33333333333333354,
-                                 0.8333333333333336,
-                                 1.0,  //
-                                 -0.33333333333333354,
-                                 1.8333333333333335,
-                                 1.6666666666666672,
-                                 -2.0,  //
-                                 -0.8333333333333336,
-                                 -1.6666666666666672,
-                                 1.6666666666666665,
-                                 3.0,  //
-                                 0.0,
-                                 0.0,
-                                 0.0,
-                                 1.0};
+    // clang-format off
+    const double expected[16] = {2.3333333333333335, -0.33333333333333354, 0.8333333333333336, 1.0,
+                                 -0.33333333333333354, 1.8333333333333335, 1.6666666666666672, -2.0,
+                                 -0.8333333333333336, -1.6666666666666672, 1.6666666666666665, 3.0,
+                                 0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     const Matrix3d m = c.GetTransformation(), a = arc.GetTransformation();
     for (int i = 0; i < 16; ++i) {
         EXPECT_SAME_DOUBLE(expected[i], m.m[i / 4][i % 4]) << i;
@@ -298,10 +288,12 @@ TEST(CircleTransform, RotationAndTranslation) {
 
 TEST(CircleTransform, GeneralLinearMapAndMirrorHaveNoFixUp) {
     Circle c = TiltedCircle();
-    const Matrix3d m(1.0, 0.5, 0.0, 1.0,   //
-                     0.25, 2.0, 0.0, 0.0,  //
-                     0.1, 0.0, 3.0, 0.0,   //
+    // clang-format off
+    const Matrix3d m(1.0, 0.5, 0.0, 1.0,
+                     0.25, 2.0, 0.0, 0.0,
+                     0.1, 0.0, 3.0, 0.0,
                      0.0, 0.0, 0.0, 1.0);
+    // clang-format on
     c.transformBy(m);
     EXPECT_SAME_XYZ(1.0, -3.75, 9.1, c.GetCenter());
     EXPECT_SAME_XYZ(2.0, 4.25, 6.1, c.GetNormal());

@@ -411,10 +411,12 @@ TEST(Curve, NonVirtualQueriesGiveFixedAnswers) {
 
 TEST(Curve, TransformByMovesBothEndPoints) {
     // The bottom row is not (0, 0, 0, 1): a point transform ignores it.
-    const Matrix3d m(0.1, 0.2, 0.3, 0.4,    //
-                     1.5, -2.0, 0.25, 3.0,  //
-                     -0.7, 0.6, 1.1, -0.9,  //
+    // clang-format off
+    const Matrix3d m(0.1, 0.2, 0.3, 0.4,
+                     1.5, -2.0, 0.25, 3.0,
+                     -0.7, 0.6, 1.1, -0.9,
                      0.0, 0.5, 0.0, 1.0);
+    // clang-format on
     Curve c = MakeCurve();
     c.transformBy(m);
     // ((m0*x + m1*y) + m2*z) + m3 per row.

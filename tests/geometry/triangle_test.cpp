@@ -189,10 +189,12 @@ TEST(Triangle, SetMidpointMovesEachVertexByTheSameOffset) {
 
 TEST(Triangle, TransformByAppliesMatrixToEachVertex) {
     // The bottom row is not (0, 0, 0, 1): a point transform ignores it.
-    const Matrix3d m(0.1, 0.2, 0.3, 0.4,    //
-                     1.5, -2.0, 0.25, 3.0,  //
-                     -0.7, 0.6, 1.1, -0.9,  //
+    // clang-format off
+    const Matrix3d m(0.1, 0.2, 0.3, 0.4,
+                     1.5, -2.0, 0.25, 3.0,
+                     -0.7, 0.6, 1.1, -0.9,
                      0.0, 0.5, 0.0, 1.0);
+    // clang-format on
     Triangle t(kA, kB, kC);
     t.transformBy(m);
     ExpectVertices(t, Point3d(0.54, 2.825, -0.52), Point3d(1.31, 12.45, 1.0100000000000011),

@@ -70,17 +70,21 @@ const double kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 // Two general matrices, bottom rows included, with entries whose products
 // and sums round.
 Matrix3d MatA() {
-    return Matrix3d(0.1, 0.2, 0.3, 0.4,    //
-                    1.5, -2.0, 0.25, 3.0,  //
-                    -0.7, 0.6, 1.1, -0.9,  //
+    // clang-format off
+    return Matrix3d(0.1, 0.2, 0.3, 0.4,
+                    1.5, -2.0, 0.25, 3.0,
+                    -0.7, 0.6, 1.1, -0.9,
                     0.0, 0.5, 0.0, 1.0);
+    // clang-format on
 }
 
 Matrix3d MatB() {
-    return Matrix3d(1.0, 1.0, 0.3, 0.0,   //
-                    1.0, -0.1, 2.0, 1.0,  //
-                    1.0, 0.7, -1.0, 2.0,  //
+    // clang-format off
+    return Matrix3d(1.0, 1.0, 0.3, 0.0,
+                    1.0, -0.1, 2.0, 1.0,
+                    1.0, 0.7, -1.0, 2.0,
                     0.0, 0.2, 0.5, 1.0);
+    // clang-format on
 }
 
 Matrix3d Diag(double a, double b, double c, double d) {
@@ -128,8 +132,12 @@ TEST(Matrix3d, CopyAndAssignment) {
     static_assert(std::is_same<decltype(std::declval<Matrix3d&>() = std::declval<Matrix3d>()),
                                Matrix3d>::value,
                   "Matrix3d::operator= returns a copy");
-    const double e[16] = {0.1,  0.2, 0.3, 0.4,  1.5, -2.0, 0.25, 3.0,
-                          -0.7, 0.6, 1.1, -0.9, 0.0, 0.5,  0.0,  1.0};
+    // clang-format off
+    const double e[16] = {0.1, 0.2, 0.3, 0.4,
+                          1.5, -2.0, 0.25, 3.0,
+                          -0.7, 0.6, 1.1, -0.9,
+                          0.0, 0.5, 0.0, 1.0};
+    // clang-format on
     Matrix3d a = MatA();
     Matrix3d copy(a);
     EXPECT_MATRIX(copy, e);
@@ -188,8 +196,12 @@ TEST(Matrix3d, SetToScalingAboutCenter) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToScaling(3.0, Point3d(0.1, 0.2, 0.3));
     // T(center) * S(3, 3, 3) * T(-center), as matrix products.
-    const double e[16] = {3.0, 0.0, 0.0, -0.20000000000000004, 0.0, 3.0, 0.0, -0.4000000000000001,
-                          0.0, 0.0, 3.0, -0.5999999999999999,  0.0, 0.0, 0.0, 1.0};
+    // clang-format off
+    const double e[16] = {3.0, 0.0, 0.0, -0.20000000000000004,
+                          0.0, 3.0, 0.0, -0.4000000000000001,
+                          0.0, 0.0, 3.0, -0.5999999999999999,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
     // The centre stays where it is, up to the rounding of the products.
@@ -199,22 +211,12 @@ TEST(Matrix3d, SetToScalingAboutCenter) {
 TEST(Matrix3d, SetToRotationExactEntries) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToRotation(0.7, Vector3d(1.0, 2.0, 3.0));
-    const double e[16] = {0.7816391739070251,
-                          -0.4829292842142122,
-                          0.3947397981737998,
-                          0.0,
-                          0.5501172307043584,
-                          0.8320301337746346,
-                          -0.07139249941787586,
-                          0.0,
-                          -0.29395787843858057,
-                          0.27295633888831433,
-                          0.9160150668873173,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {0.7816391739070251, -0.4829292842142122, 0.3947397981737998, 0.0,
+                          0.5501172307043584, 0.8320301337746346, -0.07139249941787586, 0.0,
+                          -0.29395787843858057, 0.27295633888831433, 0.9160150668873173, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
 }
@@ -222,22 +224,12 @@ TEST(Matrix3d, SetToRotationExactEntries) {
 TEST(Matrix3d, SetToRotationQuarterTurnAboutZ) {
     Matrix3d m;
     m.setToRotation(kHalfPi, Vector3d(0.0, 0.0, 1.0));
-    const double e[16] = {6.123233995736766e-17,
-                          -1.0,
-                          0.0,
-                          0.0,
-                          1.0,
-                          6.123233995736766e-17,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {6.123233995736766e-17, -1.0, 0.0, 0.0,
+                          1.0, 6.123233995736766e-17, 0.0, 0.0,
+                          0.0, 0.0, 1.0, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     // (1, 0, 0) goes to (0, 1, 0) up to cos(pi/2) in the double.
     ExpectPoint(m * Point3d(1.0, 0.0, 0.0), 6.123233995736766e-17, 1.0, 0.0);
@@ -253,22 +245,12 @@ TEST(Matrix3d, SetToRotationZeroAxisScalesByCosine) {
     // A zero axis stays zero, which leaves cos(angle) on the diagonal.
     Matrix3d m;
     m.setToRotation(0.7, Vector3d(0.0, 0.0, 0.0));
-    const double e[16] = {0.7648421872844885,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.7648421872844885,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.7648421872844885,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {0.7648421872844885, 0.0, 0.0, 0.0,
+                          0.0, 0.7648421872844885, 0.0, 0.0,
+                          0.0, 0.0, 0.7648421872844885, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
 }
 
@@ -276,22 +258,12 @@ TEST(Matrix3d, SetToRotationAboutCenter) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToRotation(0.7, Point3d(1.0, -2.0, 0.5), Vector3d(1.0, 2.0, 3.0));
     // T(center) * R(0.7, axis) * T(-center), as matrix products.
-    const double e[16] = {0.7816391739070251,
-                          -0.4829292842142122,
-                          0.3947397981737998,
-                          -0.9448676414223496,
-                          0.5501172307043584,
-                          0.8320301337746346,
-                          -0.07139249941787586,
-                          -0.850360713446151,
-                          -0.29395787843858057,
-                          0.27295633888831433,
-                          0.9160150668873173,
-                          0.8818630227715506,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {0.7816391739070251, -0.4829292842142122, 0.3947397981737998, -0.9448676414223496,
+                          0.5501172307043584, 0.8320301337746346, -0.07139249941787586, -0.850360713446151,
+                          -0.29395787843858057, 0.27295633888831433, 0.9160150668873173, 0.8818630227715506,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
     ExpectPoint(m * Point3d(1.0, -2.0, 0.5), 1.0, -2.0, 0.5);
@@ -300,22 +272,12 @@ TEST(Matrix3d, SetToRotationAboutCenter) {
 TEST(Matrix3d, SetToReflectionExactEntries) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToReflection(Vector3d(1.0, 2.0, 3.0));
-    const double e[16] = {0.8571428571428572,
-                          -0.28571428571428575,
-                          -0.4285714285714286,
-                          0.0,
-                          -0.28571428571428575,
-                          0.4285714285714286,
-                          -0.8571428571428572,
-                          0.0,
-                          -0.4285714285714286,
-                          -0.8571428571428572,
-                          -0.2857142857142857,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {0.8571428571428572, -0.28571428571428575, -0.4285714285714286, 0.0,
+                          -0.28571428571428575, 0.4285714285714286, -0.8571428571428572, 0.0,
+                          -0.4285714285714286, -0.8571428571428572, -0.2857142857142857, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
 }
@@ -324,8 +286,12 @@ TEST(Matrix3d, SetToReflectionInXYPlane) {
     Matrix3d m;
     m.setToReflection(Vector3d(0.0, 0.0, 2.0));
     // -2*x*z with x = 0 is -0.0.
-    const double e[16] = {1.0,  -0.0, -0.0, 0.0, -0.0, 1.0, -0.0, 0.0,
-                          -0.0, -0.0, -1.0, 0.0, 0.0,  0.0, 0.0,  1.0};
+    // clang-format off
+    const double e[16] = {1.0, -0.0, -0.0, 0.0,
+                          -0.0, 1.0, -0.0, 0.0,
+                          -0.0, -0.0, -1.0, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     ExpectPoint(m * Point3d(1.0, 2.0, 3.0), 1.0, 2.0, -3.0);
 }
@@ -334,8 +300,12 @@ TEST(Matrix3d, SetToReflectionZeroNormalHasZeroLinearPart) {
     // The diagonal is made of three squares, so a zero normal zeroes it too.
     Matrix3d m;
     m.setToReflection(Vector3d(0.0, 0.0, 0.0));
-    const double e[16] = {0.0,  -0.0, -0.0, 0.0, -0.0, 0.0, -0.0, 0.0,
-                          -0.0, -0.0, 0.0,  0.0, 0.0,  0.0, 0.0,  1.0};
+    // clang-format off
+    const double e[16] = {0.0, -0.0, -0.0, 0.0,
+                          -0.0, 0.0, -0.0, 0.0,
+                          -0.0, -0.0, 0.0, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
 }
 
@@ -343,8 +313,12 @@ TEST(Matrix3d, ScaleMultipliesColumns) {
     Matrix3d m = MatA();
     m.scale(2.0, -0.5, 3.0);
     // Columns 0..2 of all four rows scaled, column 3 unchanged: this * diag(2, -0.5, 3, 1).
-    const double e[16] = {0.2,  -0.1, 0.8999999999999999, 0.4,  3.0, 1.0,   0.75, 3.0,
-                          -1.4, -0.3, 3.3000000000000003, -0.9, 0.0, -0.25, 0.0,  1.0};
+    // clang-format off
+    const double e[16] = {0.2, -0.1, 0.8999999999999999, 0.4,
+                          3.0, 1.0, 0.75, 3.0,
+                          -1.4, -0.3, 3.3000000000000003, -0.9,
+                          0.0, -0.25, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_SAME_MATRIX(m, MatA() * Diag(2.0, -0.5, 3.0, 1.0));
 
@@ -371,8 +345,12 @@ TEST(Matrix3d, CopyToOpenGLMatrixTransposes) {
 
     Matrix3d a = MatA();
     a.copyToOpenGLMatrix(gl);
-    const double ea[16] = {0.1, 1.5,  -0.7, 0.0, 0.2, -2.0, 0.6,  0.5,
-                           0.3, 0.25, 1.1,  0.0, 0.4, 3.0,  -0.9, 1.0};
+    // clang-format off
+    const double ea[16] = {0.1, 1.5, -0.7, 0.0,
+                           0.2, -2.0, 0.6, 0.5,
+                           0.3, 0.25, 1.1, 0.0,
+                           0.4, 3.0, -0.9, 1.0};
+    // clang-format on
     for (int i = 0; i < 16; ++i) EXPECT_SAME_DOUBLE(ea[i], gl[i]) << "gl[" << i << "]";
 }
 
@@ -414,10 +392,12 @@ TEST(Matrix3d, HaveMirror) {
 
 TEST(Matrix3d, HaveMirrorOfSingularLinearPartIsOne) {
     EXPECT_EQ(1, Diag(0.0, 1.0, 1.0, 1.0).haveMirror());
-    Matrix3d rank2(1, 2, 0, 0,  //
-                   2, 4, 0, 0,  //
-                   0, 0, 1, 0,  //
+    // clang-format off
+    Matrix3d rank2(1, 2, 0, 0,
+                   2, 4, 0, 0,
+                   0, 0, 1, 0,
                    0, 0, 0, 1);
+    // clang-format on
     EXPECT_EQ(1, rank2.haveMirror());
     Matrix3d flat;
     flat.setToReflection(Vector3d(0.0, 0.0, 0.0));
@@ -427,10 +407,12 @@ TEST(Matrix3d, HaveMirrorOfSingularLinearPartIsOne) {
 }
 
 TEST(Matrix3d, InverseUsesPartialPivoting) {
-    Matrix3d m(0.5, 2.0, -1.0, 3.0,  //
-               4.0, 1.0, 0.3, -2.0,  //
-               -1.5, 7.0, 2.0, 0.1,  //
+    // clang-format off
+    Matrix3d m(0.5, 2.0, -1.0, 3.0,
+               4.0, 1.0, 0.3, -2.0,
+               -1.5, 7.0, 2.0, 0.1,
                0.2, -0.7, 0.9, 1.0);
+    // clang-format on
     const Matrix3d before = m;
     Matrix3d inv = m.inverse();
     // Rows swap at columns 0 and 1; elimination without pivoting, or with
@@ -447,52 +429,50 @@ TEST(Matrix3d, InverseUsesPartialPivoting) {
 TEST(Matrix3d, InversePivotTieKeepsUpperRow) {
     // |-4| and |4| tie in column 0: row 1 stays the pivot row. Picking row 2
     // would give e.g. 0.13768324231100892 at [0][0].
-    Matrix3d m(1.0, 2.0, 3.0, 0.5,   //
-               -4.0, 1.0, 0.7, 0.0,  //
-               4.0, 0.3, 5.0, -1.0,  //
+    // clang-format off
+    Matrix3d m(1.0, 2.0, 3.0, 0.5,
+               -4.0, 1.0, 0.7, 0.0,
+               4.0, 0.3, 5.0, -1.0,
                0.0, 0.0, 0.0, 1.0);
-    const double e[16] = {0.1376832423110089,
-                          -0.26156941649899396,
-                          -0.04599022707674618,
-                          -0.11483184823225062,
-                          0.6553607358436332,
-                          -0.20120724346076457,
-                          -0.36504742742167284,
-                          -0.6927277953434894,
-                          -0.1494682379994251,
-                          0.22132796780684105,
-                          0.2586950273066973,
-                          0.33342914630640985,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format on
+    // clang-format off
+    const double e[16] = {0.1376832423110089, -0.26156941649899396, -0.04599022707674618, -0.11483184823225062,
+                          0.6553607358436332, -0.20120724346076457, -0.36504742742167284, -0.6927277953434894,
+                          -0.1494682379994251, 0.22132796780684105, 0.2586950273066973, 0.33342914630640985,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m.inverse(), e);
 }
 
 TEST(Matrix3d, InverseOfSingularIsIdentity) {
     EXPECT_MATRIX(Diag(0.0, 1.0, 1.0, 1.0).inverse(), kIdentity);
     // The zero pivot shows up at column 1 after a row swap.
-    Matrix3d rank2(1, 2, 0, 0,  //
-                   2, 4, 0, 0,  //
-                   0, 0, 1, 0,  //
+    // clang-format off
+    Matrix3d rank2(1, 2, 0, 0,
+                   2, 4, 0, 0,
+                   0, 0, 1, 0,
                    0, 0, 0, 1);
+    // clang-format on
     EXPECT_MATRIX(rank2.inverse(), kIdentity);
     // The zero pivot shows up only at the last column.
-    Matrix3d noW(2, 0, 0, 1,  //
-                 0, 3, 0, 1,  //
-                 0, 0, 4, 1,  //
+    // clang-format off
+    Matrix3d noW(2, 0, 0, 1,
+                 0, 3, 0, 1,
+                 0, 0, 4, 1,
                  0, 0, 0, 0);
+    // clang-format on
     EXPECT_MATRIX(noW.inverse(), kIdentity);
     Matrix3d zero(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
     EXPECT_MATRIX(zero.inverse(), kIdentity);
 }
 
 TEST(Matrix3d, InvertReplacesAndReturnsCopy) {
-    Matrix3d m(0.5, 2.0, -1.0, 3.0,  //
-               4.0, 1.0, 0.3, -2.0,  //
-               -1.5, 7.0, 2.0, 0.1,  //
+    // clang-format off
+    Matrix3d m(0.5, 2.0, -1.0, 3.0,
+               4.0, 1.0, 0.3, -2.0,
+               -1.5, 7.0, 2.0, 0.1,
                0.2, -0.7, 0.9, 1.0);
+    // clang-format on
     const Matrix3d expected = m.inverse();
     Matrix3d r = m.invert();
     EXPECT_SAME_MATRIX(expected, m);
@@ -505,41 +485,21 @@ TEST(Matrix3d, InvertReplacesAndReturnsCopy) {
 }
 
 // MatA() * MatB(), entry by entry ((a0*b0 + a1*b1) + a2*b2) + a3*b3 (python).
-const double kProductAB[16] = {0.6000000000000001,
-                               0.37,
-                               0.33000000000000007,
-                               1.2000000000000002,  //
-                               -0.25,
-                               2.475,
-                               -2.3,
-                               1.5,  //
-                               1.0,
-                               -0.17,
-                               -0.56,
-                               1.9000000000000004,  //
-                               0.5,
-                               0.15000000000000002,
-                               1.5,
-                               1.5};
+// clang-format off
+const double kProductAB[16] = {0.6000000000000001, 0.37, 0.33000000000000007, 1.2000000000000002,
+                               -0.25, 2.475, -2.3, 1.5,
+                               1.0, -0.17, -0.56, 1.9000000000000004,
+                               0.5, 0.15000000000000002, 1.5, 1.5};
+// clang-format on
 
 TEST(Matrix3d, ProductSumsInOrder) {
     // (a*b)[r][c] = ((a[r][0]*b[0][c] + a[r][1]*b[1][c]) + a[r][2]*b[2][c]) + a[r][3]*b[3][c].
-    const double ba[16] = {1.3900000000000001,
-                           -1.62,
-                           0.8800000000000001,
-                           3.13,
-                           -1.45,
-                           2.1,
-                           2.475,
-                           -0.7000000000000002,
-                           1.8499999999999999,
-                           -0.7999999999999998,
-                           -0.6250000000000001,
-                           5.3999999999999995,
-                           -0.04999999999999993,
-                           0.39999999999999997,
-                           0.6000000000000001,
-                           1.1500000000000001};
+    // clang-format off
+    const double ba[16] = {1.3900000000000001, -1.62, 0.8800000000000001, 3.13,
+                           -1.45, 2.1, 2.475, -0.7000000000000002,
+                           1.8499999999999999, -0.7999999999999998, -0.6250000000000001, 5.3999999999999995,
+                           -0.04999999999999993, 0.39999999999999997, 0.6000000000000001, 1.1500000000000001};
+    // clang-format on
     const Matrix3d a = MatA();
     const Matrix3d b = MatB();
     EXPECT_MATRIX(a * b, kProductAB);
@@ -556,14 +516,18 @@ TEST(Matrix3d, TimesEqualsMultipliesOnTheRight) {
 
 TEST(Matrix3d, ProductAppliesRightOperandFirst) {
     // Integer entries keep every step exact.
-    Matrix3d a(1, 2, 0, 3,   //
-               0, 1, -1, 2,  //
-               2, 0, 1, -1,  //
+    // clang-format off
+    Matrix3d a(1, 2, 0, 3,
+               0, 1, -1, 2,
+               2, 0, 1, -1,
                0, 0, 0, 1);
-    Matrix3d b(0, -1, 0, 1,  //
-               1, 0, 0, -2,  //
-               0, 0, 2, 5,   //
+    // clang-format on
+    // clang-format off
+    Matrix3d b(0, -1, 0, 1,
+               1, 0, 0, -2,
+               0, 0, 2, 5,
                0, 0, 0, 1);
+    // clang-format on
     const Point3d p(1.0, 2.0, 3.0);
     Point3d viaProduct = (a * b) * p;
     Point3d stepwise = a * (b * p);
@@ -577,10 +541,12 @@ TEST(Matrix3d, PointTransformDoesNotDivideByW) {
     // Bottom row (0, 0.5, 0, 1) gives w = 0 for this point.
     ExpectPoint(MatA() * Point3d(1.5, -2.0, 0.25), 0.22500000000000003, 9.3125, -2.875);
     ExpectVector(MatA() * Vector3d(1.5, -2.0, 0.25), -0.175, 6.3125, -1.975);
-    Matrix3d w(2, 0, 0, 1,  //
-               0, 2, 0, 1,  //
-               0, 0, 2, 1,  //
+    // clang-format off
+    Matrix3d w(2, 0, 0, 1,
+               0, 2, 0, 1,
+               0, 0, 2, 1,
                0, 0, 0, 8);
+    // clang-format on
     ExpectPoint(w * Point3d(1.0, 2.0, 3.0), 3.0, 5.0, 7.0);
 }
 
@@ -601,22 +567,12 @@ TEST(Matrix3d, SetCoordSystemTwoArgsTiltedAxis) {
     Matrix3d m;
     Matrix3d r = m.setCoordSystem(Point3d(1.0, -1.0, 2.0), Vector3d(0.6, 0.0, 0.8));
     // inverse(R(acos(0.8), (0, -0.6, 0)) * T(-origin)).
-    const double e[16] = {0.8000000000000002,
-                          0.0,
-                          0.6,
-                          1.0000000000000002,
-                          0.0,
-                          1.0,
-                          0.0,
-                          -1.0,
-                          -0.6,
-                          0.0,
-                          0.8000000000000002,
-                          2.0000000000000004,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {0.8000000000000002, 0.0, 0.6, 1.0000000000000002,
+                          0.0, 1.0, 0.0, -1.0,
+                          -0.6, 0.0, 0.8000000000000002, 2.0000000000000004,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
     ExpectVector(m * Vector3d(0.0, 0.0, 1.0), 0.6, 0.0, 0.8000000000000002);
@@ -628,22 +584,12 @@ TEST(Matrix3d, SetCoordSystemThreeArgsDownAxisIsHalfTurn) {
         m.setCoordSystem(Point3d(0.0, 0.0, 0.0), Vector3d(1.0, 0.0, 0.0), Vector3d(0.0, 0.0, -1.0));
     // Half turn about X by the float pi 3.1415927410125732, inverted: sin of that
     // angle is -8.742278000372475e-08, so the off-diagonal terms are not zero.
-    const double e[16] = {1.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          -0.9999999999999961,
-                          -8.742278000372475e-08,
-                          0.0,
-                          0.0,
-                          8.742278000372475e-08,
-                          -0.9999999999999962,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {1.0, 0.0, 0.0, 0.0,
+                          0.0, -0.9999999999999961, -8.742278000372475e-08, 0.0,
+                          0.0, 8.742278000372475e-08, -0.9999999999999962, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
     EXPECT_EQ(0, m.haveMirror());
@@ -661,22 +607,12 @@ TEST(Matrix3d, SetCoordSystemQuarterTurnAboutZ) {
     Matrix3d m;
     Matrix3d r =
         m.setCoordSystem(Point3d(1.0, 2.0, 3.0), Vector3d(0.0, 1.0, 0.0), Vector3d(0.0, 0.0, 1.0));
-    const double e[16] = {6.123233995736766e-17,
-                          -1.0,
-                          0.0,
-                          1.0,
-                          1.0,
-                          6.123233995736766e-17,
-                          0.0,
-                          2.0,
-                          0.0,
-                          0.0,
-                          1.0,
-                          3.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {6.123233995736766e-17, -1.0, 0.0, 1.0,
+                          1.0, 6.123233995736766e-17, 0.0, 2.0,
+                          0.0, 0.0, 1.0, 3.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
     // Local X lands on world Y, the local origin on (1, 2, 3).
@@ -689,22 +625,12 @@ TEST(Matrix3d, SetCoordSystemThreeArgsNegativeSpin) {
     // x' = (0, -1, 0) has y < 0, so the spin axis is +Z.
     Matrix3d m;
     m.setCoordSystem(Point3d(0.0, 0.0, 0.0), Vector3d(0.0, -1.0, 0.0), Vector3d(0.0, 0.0, 1.0));
-    const double e[16] = {6.123233995736766e-17,
-                          1.0,
-                          0.0,
-                          0.0,
-                          -1.0,
-                          6.123233995736766e-17,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {6.123233995736766e-17, 1.0, 0.0, 0.0,
+                          -1.0, 6.123233995736766e-17, 0.0, 0.0,
+                          0.0, 0.0, 1.0, 0.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     ExpectVector(m * Vector3d(1.0, 0.0, 0.0), 6.123233995736766e-17, -1.0, 0.0);
 }
@@ -714,22 +640,12 @@ TEST(Matrix3d, SetCoordSystemThreeArgsZeroSpinYTurnsAboutMinusZ) {
     // about -Z, which fixes the signs of the sin(pi) terms.
     Matrix3d m;
     m.setCoordSystem(Point3d(1.0, 2.0, 3.0), Vector3d(-1.0, 0.0, 0.0), Vector3d(0.0, 0.0, 1.0));
-    const double e[16] = {-1.0,
-                          -1.2246467991473532e-16,
-                          0.0,
-                          1.0,
-                          1.2246467991473532e-16,
-                          -1.0,
-                          0.0,
-                          1.9999999999999998,
-                          0.0,
-                          0.0,
-                          1.0,
-                          3.0,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {-1.0, -1.2246467991473532e-16, 0.0, 1.0,
+                          1.2246467991473532e-16, -1.0, 0.0, 1.9999999999999998,
+                          0.0, 0.0, 1.0, 3.0,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     ExpectVector(m * Vector3d(1.0, 0.0, 0.0), -1.0, 1.2246467991473532e-16, 0.0);
 }
@@ -737,22 +653,12 @@ TEST(Matrix3d, SetCoordSystemThreeArgsZeroSpinYTurnsAboutMinusZ) {
 TEST(Matrix3d, SetCoordSystemThreeArgsTiltedFrame) {
     Matrix3d m;
     m.setCoordSystem(Point3d(1.0, -1.0, 2.0), Vector3d(0.0, 1.0, 0.0), Vector3d(0.6, 0.0, 0.8));
-    const double e[16] = {4.898587196589413e-17,
-                          -0.8000000000000002,
-                          0.6,
-                          1.0000000000000002,
-                          1.0,
-                          6.123233995736766e-17,
-                          0.0,
-                          -1.0,
-                          -3.673940397442059e-17,
-                          0.6,
-                          0.8000000000000002,
-                          2.0000000000000004,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {4.898587196589413e-17, -0.8000000000000002, 0.6, 1.0000000000000002,
+                          1.0, 6.123233995736766e-17, 0.0, -1.0,
+                          -3.673940397442059e-17, 0.6, 0.8000000000000002, 2.0000000000000004,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     ExpectVector(m * Vector3d(1.0, 0.0, 0.0), 4.898587196589413e-17, 1.0, -3.673940397442059e-17);
     ExpectVector(m * Vector3d(0.0, 0.0, 1.0), 0.6, 0.0, 0.8000000000000002);
@@ -773,22 +679,12 @@ TEST(Matrix3d, SetToAlignCoordSys) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToAlignCoordSys(o1, x1, z1, o2, x2, z2);
     // M2 * inverse(M1), each frame from the three-argument setCoordSystem.
-    const double e[16] = {4.8985871965894137e-17,
-                          0.8000000000000002,
-                          0.6,
-                          -4.4,
-                          -1.0,
-                          6.123233995736766e-17,
-                          0.0,
-                          1.5,
-                          -3.6739403974420595e-17,
-                          -0.6,
-                          0.8000000000000002,
-                          0.7999999999999996,
-                          0.0,
-                          0.0,
-                          0.0,
-                          1.0};
+    // clang-format off
+    const double e[16] = {4.8985871965894137e-17, 0.8000000000000002, 0.6, -4.4,
+                          -1.0, 6.123233995736766e-17, 0.0, 1.5,
+                          -3.6739403974420595e-17, -0.6, 0.8000000000000002, 0.7999999999999996,
+                          0.0, 0.0, 0.0, 1.0};
+    // clang-format on
     EXPECT_MATRIX(m, e);
     EXPECT_MATRIX(r, e);
 

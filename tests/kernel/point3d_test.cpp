@@ -40,10 +40,12 @@ void ExpectVector(const Vector3d& v, double x, double y, double z) {
 // A general affine part with the bottom row (0, 0.5, 0, 1): for the point
 // (1.5, -2, 0.25) that row gives w = 0, so any division by w would show.
 Matrix3d TestMatrix() {
-    return Matrix3d(0.1, 0.2, 0.3, 0.4,    //
-                    1.5, -2.0, 0.25, 3.0,  //
-                    -0.7, 0.6, 1.1, -0.9,  //
+    // clang-format off
+    return Matrix3d(0.1, 0.2, 0.3, 0.4,
+                    1.5, -2.0, 0.25, 3.0,
+                    -0.7, 0.6, 1.1, -0.9,
                     0.0, 0.5, 0.0, 1.0);
+    // clang-format on
 }
 
 }  // namespace
@@ -277,10 +279,12 @@ TEST(Point3d, MatrixTimesPointIgnoresBottomRow) {
     // ((m00*x + m01*y) + m02*z) + m03 per row; other groupings round differently here.
     ExpectPoint(TestMatrix() * Point3d(1.0, 1.0, 1.0), 1.0, 2.75, 0.09999999999999998);
 
-    Matrix3d w(1, 0, 0, 1,  //
-               0, 1, 0, 2,  //
-               0, 0, 1, 3,  //
+    // clang-format off
+    Matrix3d w(1, 0, 0, 1,
+               0, 1, 0, 2,
+               0, 0, 1, 3,
                0, 0, 0, 4);
+    // clang-format on
     ExpectPoint(w * Point3d(1.0, 1.0, 1.0), 2.0, 3.0, 4.0);
 }
 
