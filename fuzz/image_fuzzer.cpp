@@ -1,7 +1,7 @@
-// Feeds arbitrary bytes to CImage::Load as an image file; built once per
-// reader, with the file name (input.bmp or input.tif) and the image type a
-// successful load reports given at compile time. The reader takes a path, so
-// each input is written to an in-memory file (memfd) that is reached through
+// The image readers' fuzzing harness, shared by bmp_fuzzer and tiff_fuzzer:
+// feeds arbitrary bytes to CImage::Load as an image file whose name (input.bmp
+// or input.tif) picks the reader. The reader takes a path, so each input is
+// written to an in-memory file (memfd) that is reached through
 // a symbolic link of that name in a private directory (in $TMPDIR,
 // else /tmp), created once per process and removed at exit. Every byte of a
 // loaded block is checked (see TouchBlock), so that a block smaller than the
@@ -15,12 +15,10 @@
 #include <cstdlib>
 #include <string>
 
+#include "image_fuzzer.h"
 #include "selvora/image/image.h"
 
 namespace {
-
-constexpr char kName[] = SELVORA_FUZZ_FILE_NAME;
-constexpr int kLoadedType = SELVORA_FUZZ_LOADED_TYPE;
 
 std::string g_dir;
 std::string g_path;
@@ -63,24 +61,25 @@ __attribute__((no_sanitize("coverage"))) void TouchBlock(const unsigned char* p,
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
+namespace selvora_fuzz {
+
+void PrepareImageFile(const char* name) {
     const char* tmp = std::getenv("TMPDIR");
     std::string dir = std::string(tmp && *tmp ? tmp : "/tmp") + "/selvora-fuzz-XXXXXX";
-    g_fd = memfd_create(kName, 0);
+    g_fd = memfd_create(name, 0);
     if (g_fd < 0 || !mkdtemp(&dir[0])) std::abort();
     g_dir = dir;
-    g_path = dir + "/" + kName;
+    g_path = dir + "/" + name;
     const std::string target = "/proc/self/fd/" + std::to_string(g_fd);
     if (symlink(target.c_str(), g_path.c_str()) != 0) std::abort();
     std::atexit(RemoveScratchFile);
-    return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int LoadImageInput(const std::uint8_t* data, std::size_t size, int loadedType) {
     if (!WriteInput(data, size)) std::abort();
     CImage image;
     if (image.Load(g_path.c_str()) != 1) return 0;
-    if (image.GetType() != kLoadedType) std::abort();  // loaded by the other reader
+    if (image.GetType() != loadedType) std::abort();  // loaded by the other reader
     const std::int64_t width = image.GetWidth();
     const std::int64_t height = image.GetHeight();
     const auto* bits = static_cast<const unsigned char*>(image.GetBitsPtr());
@@ -89,3 +88,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     TouchBlock(bits, static_cast<std::size_t>(width * height * 3));
     return 0;
 }
+
+}  // namespace selvora_fuzz
