@@ -32,6 +32,9 @@ struct Request {
 // True for an http:// or https:// URL (scheme in any case): the only ones
 // the exchanges request or follow.
 bool IsWebUrl(const char* url);
+// True when text (length bytes) starts with prefix, a lowercase ASCII text,
+// in any case.
+bool StartsWithNoCase(const char* text, std::size_t length, const char* prefix);
 
 // The machine's connection as the online check sees it.
 class Connectivity {

@@ -1,12 +1,7 @@
 // The three exchanges, each a sink for the shared request path.
 #include "selvora/net/net.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -15,6 +10,7 @@
 
 #include "net/exchanges.h"
 #include "net/http.h"
+#include "net/scratch_file.h"
 
 namespace {
 
@@ -96,52 +92,19 @@ class PageSink : public BodySink {
 class FileSink : public BodySink {
   public:
     explicit FileSink(const char* path) : path_(path) {}
-    ~FileSink() override { Discard(); }
 
     bool Take(const char* bytes, std::size_t length) override {
-        if (!Open()) return false;
-        while (length > 0) {
-            const ssize_t n = ::write(fd_, bytes, length);
-            if (n <= 0) return false;
-            bytes += n;
-            length -= static_cast<std::size_t>(n);
-        }
-        return true;
+        return Open() && file_.Write(bytes, length);
     }
 
     // Moves the finished file into place (an empty body still makes a file).
-    bool Commit() {
-        if (!Open()) return false;
-        const bool closed = ::close(fd_) == 0;
-        fd_ = -1;
-        if (!closed || std::rename(temp_.c_str(), path_.c_str()) != 0) return false;
-        temp_.clear();
-        return true;
-    }
+    bool Commit() { return Open() && file_.Replace(path_); }
 
   private:
-    bool Open() {
-        if (fd_ >= 0) return true;
-        static std::atomic<unsigned> counter{0};
-        for (int attempt = 0; attempt < 100 && fd_ < 0; ++attempt) {
-            temp_ = path_ + ".part-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
-            // 0666 less the umask, as a file made by fopen would have.
-            fd_ = ::open(temp_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-            if (fd_ < 0 && errno != EEXIST) break;
-        }
-        if (fd_ < 0) temp_.clear();
-        return fd_ >= 0;
-    }
-    void Discard() {
-        if (fd_ >= 0) ::close(fd_);
-        fd_ = -1;
-        if (!temp_.empty()) std::remove(temp_.c_str());
-        temp_.clear();
-    }
+    bool Open() { return file_.IsOpen() || file_.Create(path_); }
 
     std::string path_;
-    std::string temp_;
-    int fd_ = -1;
+    selvora::net::ScratchFile file_;
 };
 
 // A 2xx answer whose body is not wanted: stopping at once is success.

@@ -1,3 +1,5 @@
+// The request path over libcurl (Linux): one exchange with its redirects, the
+// framing checks, the stall limit, the trust settings; the platform's connectivity.
 #include "net/http.h"
 
 #include <curl/curl.h>
@@ -24,14 +26,6 @@ void InitCurlOnce() {
 }
 
 using Clock = std::chrono::steady_clock;
-
-bool StartsWithNoCase(const char* text, std::size_t length, const char* prefix) {
-    const std::size_t n = std::strlen(prefix);
-    if (length < n) return false;
-    for (std::size_t i = 0; i < n; ++i)
-        if (std::tolower(static_cast<unsigned char>(text[i])) != prefix[i]) return false;
-    return true;
-}
 
 bool IsOws(char c) { return c == ' ' || c == '\t'; }
 
@@ -255,17 +249,6 @@ const Connectivity& PlatformConnectivity() {
     };
     static const AlwaysOnline kOnline;
     return kOnline;
-}
-
-int EnsureInternetOnline(const char* url, const Connectivity& connectivity) {
-    if (!connectivity.IsOffline()) return 1;
-    return connectivity.GoOnline(url) ? 1 : 0;
-}
-
-bool IsWebUrl(const char* url) {
-    if (!url) return false;
-    const std::size_t length = std::strlen(url);
-    return StartsWithNoCase(url, length, "http://") || StartsWithNoCase(url, length, "https://");
 }
 
 namespace {

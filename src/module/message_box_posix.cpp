@@ -1,3 +1,5 @@
+// A message box on a headless POSIX system: its text, UTF-8, as one line on
+// standard error.
 #include <cstdio>
 
 #include "module/module.h"
