@@ -16,6 +16,16 @@
 #define SELVORA_API __attribute__((visibility("default")))
 #endif
 
+/// \def SELVORA_INLINE_API
+/// SELVORA_API for a free inline function of the headers: the library exports
+/// an out-of-line copy, and a client compiles its own (Windows imports no
+/// inline function).
+#if defined(_WIN32) && !defined(SELVORA_BUILDING_LIBRARY)
+#define SELVORA_INLINE_API
+#else
+#define SELVORA_INLINE_API SELVORA_API
+#endif
+
 /// \def SELVORA_PRINTF(fmt, args)
 /// Lets the compiler check printf-style arguments where it can: \p fmt is the
 /// 1-based position of the format argument (counting `this`), \p args that of

@@ -1,6 +1,16 @@
-// Byte-wise, C-locale versions of the C runtime's case helpers that Linux lacks.
+// The C runtime's case helpers: the library's own byte-wise, C-locale versions
+// on platforms that lack them, the C runtime's where it has them (Windows).
 #pragma once
 
+#if defined(_WIN32)
+#include <string.h>
+
+namespace selvora {
+using ::_stricmp;
+using ::_strlwr;
+using ::_strupr;
+}  // namespace selvora
+#else
 namespace selvora {
 
 // Compares as lowercase unsigned bytes; returns their difference at the first mismatch.
@@ -9,3 +19,4 @@ char* _strupr(char* s);
 char* _strlwr(char* s);
 
 }  // namespace selvora
+#endif

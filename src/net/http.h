@@ -63,6 +63,11 @@ struct Conditions {
 // of a 2xx response. *statusOk tells whether a 2xx status was received.
 int Perform(const Request& request, BodySink* sink, bool* statusOk, const Conditions& conditions);
 
+// The platform's exchange behind Perform, given a web URL; may throw
+// std::bad_alloc (Perform turns that into 0).
+int PlatformPerform(const Request& request, BodySink* sink, bool* statusOk,
+                    const Conditions& conditions);
+
 // 1 when the machine is online or could be brought online for url.
 int EnsureInternetOnline(const char* url, const Connectivity& connectivity);
 

@@ -380,15 +380,9 @@ int PerformOrThrow(const Request& request, BodySink* sink, bool* statusOk,
 
 }  // namespace
 
-int Perform(const Request& request, BodySink* sink, bool* statusOk, const Conditions& conditions) {
-    if (statusOk) *statusOk = false;
-    if (!IsWebUrl(request.url)) return 0;
-    try {
-        return PerformOrThrow(request, sink, statusOk, conditions);
-    } catch (...) {  // out of memory for a URL or a header: no exchange
-        if (statusOk) *statusOk = false;
-        return 0;
-    }
+int PlatformPerform(const Request& request, BodySink* sink, bool* statusOk,
+                    const Conditions& conditions) {
+    return PerformOrThrow(request, sink, statusOk, conditions);
 }
 
 }  // namespace net

@@ -1,4 +1,5 @@
-// What every platform's request path shares: the URL rule and the online check.
+// What every platform's request path shares: the URL rule, the guard around
+// the platform's exchange and the online check.
 #include <cctype>
 #include <cstring>
 
@@ -19,6 +20,17 @@ bool IsWebUrl(const char* url) {
     if (!url) return false;
     const std::size_t length = std::strlen(url);
     return StartsWithNoCase(url, length, "http://") || StartsWithNoCase(url, length, "https://");
+}
+
+int Perform(const Request& request, BodySink* sink, bool* statusOk, const Conditions& conditions) {
+    if (statusOk) *statusOk = false;
+    if (!IsWebUrl(request.url)) return 0;
+    try {
+        return PlatformPerform(request, sink, statusOk, conditions);
+    } catch (...) {  // out of memory for a URL or a header: no exchange
+        if (statusOk) *statusOk = false;
+        return 0;
+    }
 }
 
 int EnsureInternetOnline(const char* url, const Connectivity& connectivity) {

@@ -8,7 +8,13 @@
 
 #include "triangle_error_sites.h"
 
+/* Kept out of the shared library's symbol table. A DLL exports only what is
+ * marked for export, so Windows needs no mark. */
+#if defined(_WIN32)
+#define SELVORA_HIDDEN
+#else
 #define SELVORA_HIDDEN __attribute__((visibility("hidden")))
+#endif
 
 /* The bounds of one run, in proportion to its input: the points, segments and
  * holes handed over, plus the vertices Triangle adds where segments cross.

@@ -3,7 +3,7 @@
 
 Every defined dynamic symbol must belong to what the public headers export:
 a member, virtual table or type information of a class marked SELVORA_API,
-or a free function or operator marked SELVORA_API. The C++ standard
+or a free function or operator marked SELVORA_API (or SELVORA_INLINE_API). The C++ standard
 library's template instantiations, which compilers export as weak symbols
 each its own set, must stay local (cmake/exports.map). Nothing of the
 triangulator compiled into the library may show, and the library must not
@@ -22,7 +22,7 @@ def api_names(include_dir):
     for header in pathlib.Path(include_dir).rglob("*.h"):
         text = header.read_text(encoding="utf-8")
         classes.update(re.findall(r"\b(?:class|struct)\s+SELVORA_API\s+(\w+)", text))
-        for declaration in re.findall(r"SELVORA_API\s+([^;{]*?)\(", text):
+        for declaration in re.findall(r"SELVORA_(?:INLINE_)?API\s+([^;{]*?)\(", text):
             name = re.findall(r"(operator\s*\S+|\w+)\s*$", declaration)
             if name and not declaration.lstrip().startswith(("class", "struct")):
                 functions.add(name[0].replace(" ", ""))

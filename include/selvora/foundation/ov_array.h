@@ -147,11 +147,15 @@ class SELVORA_API OvPodArray : public OvArrayLayout<T> {
     }
 };
 
+// Instantiated once, in the library. A Windows client instantiates the inline
+// members itself and imports the others (the class is dllimport there).
+#if !defined(_WIN32) || defined(SELVORA_BUILDING_LIBRARY)
 extern template class OvPodArray<void*>;
 extern template class OvPodArray<int>;
 extern template class OvPodArray<double>;
 extern template class OvPodArray<Point3d>;
 extern template class OvPodArray<Vector3d>;
+#endif
 
 /// Untyped pointers; the only array whose GetAt checks the index against the size.
 /// The array never owns what the pointers point to.

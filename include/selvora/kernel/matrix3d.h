@@ -116,7 +116,7 @@ inline Matrix3d Matrix3d::operator*(Matrix3d b) const {
 
 /// m applied to p, with translation; the bottom row is ignored. Inline, with an
 /// exported out-of-line copy in the library.
-SELVORA_API inline Point3d operator*(Matrix3d m, Point3d p) {
+SELVORA_INLINE_API inline Point3d operator*(Matrix3d m, Point3d p) {
     return Point3d(m.m[0][0] * p.x + m.m[0][1] * p.y + m.m[0][2] * p.z + m.m[0][3],
                    m.m[1][0] * p.x + m.m[1][1] * p.y + m.m[1][2] * p.z + m.m[1][3],
                    m.m[2][0] * p.x + m.m[2][1] * p.y + m.m[2][2] * p.z + m.m[2][3]);
@@ -124,7 +124,7 @@ SELVORA_API inline Point3d operator*(Matrix3d m, Point3d p) {
 
 /// m's upper-left 3x3 block applied to v. Inline, with an exported out-of-line
 /// copy in the library.
-SELVORA_API inline Vector3d operator*(Matrix3d m, Vector3d v) {
+SELVORA_INLINE_API inline Vector3d operator*(Matrix3d m, Vector3d v) {
     return Vector3d(m.m[0][0] * v.x + m.m[0][1] * v.y + m.m[0][2] * v.z,
                     m.m[1][0] * v.x + m.m[1][1] * v.y + m.m[1][2] * v.z,
                     m.m[2][0] * v.x + m.m[2][1] * v.y + m.m[2][2] * v.z);
