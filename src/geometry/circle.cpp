@@ -2,6 +2,7 @@
 #include <new>
 
 #include "kernel/constants.h"
+#include "kernel/math.h"
 #include "selvora/geometry/circle.h"
 
 Circle::Circle() { m_className = "GCircle"; }
@@ -40,7 +41,7 @@ void Circle::PointSample(const int& count, OvPnt3dArray& points) {
     // Deliberately the double 2pi here, unlike the length's float-rounded one:
     // sampled points and lengths both keep their bits. Local angles start at
     // 0, and 0.0 + i * step is exactly i * step.
-    m_frame.Sample(0.0, 8.0 * std::atan(1.0) / count, count, points);
+    m_frame.Sample(0.0, 8.0 * selvora::math::Atan(1.0) / count, count, points);
 }
 
 void Circle::PointSample(const double& spacing, OvPnt3dArray& points) {

@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "geometry/frame_record.h"
+#include "kernel/math.h"
 #include "selvora/geometry/circular.h"
 
 CircularCurve::CircularCurve() = default;
@@ -32,7 +33,7 @@ Matrix3d CircleFrame::GetTransformation() const {
     if (axis.length() > 0.0) {
         axis.normalize();
         Vector3d n = normal;
-        const double phi = std::acos(normal.z / n.length());
+        const double phi = selvora::math::Acos(normal.z / n.length());
         Matrix3d rotation;
         rotation.setToRotation(-phi, axis);
         m = rotation * m;
@@ -62,7 +63,7 @@ void CircleFrame::Sample(double start, double step, int count, OvPnt3dArray& poi
     if (!out) return;
     for (int i = 0; i < count; ++i) {
         const double t = start + static_cast<double>(i) * step;
-        out[i] = m * Point3d(std::cos(t), std::sin(t), 0.0);
+        out[i] = m * Point3d(selvora::math::Cos(t), selvora::math::Sin(t), 0.0);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "geometry/frame_record.h"
 #include "kernel/constants.h"
+#include "kernel/math.h"
 #include "selvora/geometry/arc.h"
 
 namespace {
@@ -11,7 +12,7 @@ namespace {
 // Angle of the direction (x, y) in [0, 2pi'), 2pi' being the single-precision
 // 2pi that the arc's stored and compared angles are measured with.
 double DirectionAngle(double y, double x) {
-    double a = std::atan2(y, x);
+    double a = selvora::math::Atan2(y, x);
     if (a < 0.0) a += selvora::kTwoPiF;
     return a;
 }
@@ -97,9 +98,13 @@ int GArc::PointOnCurve(const Point3d& p) {
     return GetEndAngle() >= a ? 1 : 0;
 }
 
-void GArc::SetStartAngle(const double& a) { m_startV = Vector3d(std::cos(a), std::sin(a), 0.0); }
+void GArc::SetStartAngle(const double& a) {
+    m_startV = Vector3d(selvora::math::Cos(a), selvora::math::Sin(a), 0.0);
+}
 
-void GArc::SetEndAngle(const double& a) { m_endV = Vector3d(std::cos(a), std::sin(a), 0.0); }
+void GArc::SetEndAngle(const double& a) {
+    m_endV = Vector3d(selvora::math::Cos(a), selvora::math::Sin(a), 0.0);
+}
 
 double GArc::GetStartAngle() const { return DirectionAngle(m_startV.y, m_startV.x); }
 
@@ -116,7 +121,7 @@ Point3d GArc::GetEnd() { return PointAtAngle(GetEndAngle()); }
 Point3d GArc::GetMidPoint() { return PointAtAngle((GetEndAngle() + GetStartAngle()) * 0.5); }
 
 Point3d GArc::PointAtAngle(double t) const {
-    return GetTransformation() * Point3d(std::cos(t), std::sin(t), 0.0);
+    return GetTransformation() * Point3d(selvora::math::Cos(t), selvora::math::Sin(t), 0.0);
 }
 
 int GArc::operator==(GArc& other) {

@@ -5,6 +5,7 @@
 
 #include "geometry/record.h"
 #include "kernel/constants.h"
+#include "kernel/math.h"
 
 static_assert(sizeof(Point3d) == 24, "a Line record is two packed 24-byte points");
 
@@ -228,7 +229,8 @@ double Line::Findt(double x, double y, double z) const {
 }
 
 double Line::GetTangentAtStart() {
-    double deg = std::atan2(GetEndY() - GetStartY(), GetEndX() - GetStartX()) * kTangentDegrees;
+    double deg =
+        selvora::math::Atan2(GetEndY() - GetStartY(), GetEndX() - GetStartX()) * kTangentDegrees;
     if (deg < 0.0) deg += 360.0;
     return deg;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kernel/constants.h"
+#include "kernel/math.h"
 #include "selvora/geometry/line.h"
 
 namespace {
@@ -179,7 +180,7 @@ double Line::Angle(const Line* other) const {
     d1.normalize();
     const double cross = d0.x * d1.y - d1.x * d0.y;
     const double dot = d0 * d1;
-    return std::fabs(std::atan2(cross, dot)) * kAngleDegrees;
+    return std::fabs(selvora::math::Atan2(cross, dot)) * kAngleDegrees;
 }
 
 int Line::CoLinear(const Line* other, double angleTol, double distTol) const {
@@ -194,7 +195,7 @@ int Line::CoLinear(const Line* other, double angleTol, double distTol) const {
         x = 1.0;
     else if (x < -1.0 && (x + 1.0) / x < 0.001)
         x = -1.0;
-    double deg = std::acos(x) * 180.0 / selvora::kPiF;
+    double deg = selvora::math::Acos(x) * 180.0 / selvora::kPiF;
     if (deg > 90.0) deg = 180.0 - deg;
     if (std::fabs(deg) > angleTol) return 0;
     if (!(distTol > distanceToParallel(other))) return 0;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "kernel/constants.h"
+#include "kernel/math.h"
 
 namespace {
 
@@ -66,7 +67,7 @@ Matrix3d Matrix3d::setToScaling(double s, Point3d center) {
 Matrix3d Matrix3d::setToRotation(double angle, Vector3d axis) {
     axis.normalize();
     const double x = axis.x, y = axis.y, z = axis.z;
-    const double s = std::sin(angle), c = std::cos(angle), t = 1.0 - c;
+    const double s = selvora::math::Sin(angle), c = selvora::math::Cos(angle), t = 1.0 - c;
     set(x * x * t + c, x * y * t - z * s, x * z * t + y * s, 0.0,  //
         x * y * t + z * s, y * y * t + c, y * z * t - x * s, 0.0,  //
         x * z * t - y * s, y * z * t + x * s, z * z * t + c, 0.0,  //
@@ -164,7 +165,8 @@ void Matrix3d::operator*=(Matrix3d b) { *this = *this * b; }
 Matrix3d Matrix3d::setCoordSystem(Point3d origin, Vector3d zAxis) {
     Matrix3d toLocal = Translation(-origin.x, -origin.y, -origin.z);
     if (zAxis.x != 0.0 || zAxis.y != 0.0) {
-        toLocal = Rotation(std::acos(zAxis.z), Vector3d(zAxis.y, -zAxis.x, 0.0)) * toLocal;
+        toLocal =
+            Rotation(selvora::math::Acos(zAxis.z), Vector3d(zAxis.y, -zAxis.x, 0.0)) * toLocal;
     }
     *this = toLocal.inverse();
     return *this;
@@ -173,13 +175,14 @@ Matrix3d Matrix3d::setCoordSystem(Point3d origin, Vector3d zAxis) {
 Matrix3d Matrix3d::setCoordSystem(Point3d origin, Vector3d xAxis, Vector3d zAxis) {
     Matrix3d toLocal = Translation(-origin.x, -origin.y, -origin.z);
     if (zAxis.x != 0.0 || zAxis.y != 0.0) {
-        toLocal = Rotation(std::acos(zAxis.z), Vector3d(zAxis.y, -zAxis.x, 0.0)) * toLocal;
+        toLocal =
+            Rotation(selvora::math::Acos(zAxis.z), Vector3d(zAxis.y, -zAxis.x, 0.0)) * toLocal;
     } else if (zAxis.z < 0.0) {
         toLocal = Rotation(selvora::kPiF, Vector3d(1.0, 0.0, 0.0)) * toLocal;
     }
     Vector3d x = toLocal * xAxis;
     Vector3d spin = x.y >= 0.0 ? Vector3d(0.0, 0.0, -1.0) : Vector3d(0.0, 0.0, 1.0);
-    toLocal = Rotation(std::acos(x.x), spin) * toLocal;
+    toLocal = Rotation(selvora::math::Acos(x.x), spin) * toLocal;
     *this = toLocal.inverse();
     return *this;
 }

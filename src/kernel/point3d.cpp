@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "kernel/constants.h"
+#include "kernel/math.h"
 #include "selvora/kernel/matrix3d.h"
 
 // ---- Point3d ----
@@ -90,7 +91,7 @@ void Point3d::round(double s) {
 }
 
 Point3d Point3d::polar(double angle, double dist) {
-    return Point3d(x + dist * std::cos(angle), y + dist * std::sin(angle), z);
+    return Point3d(x + dist * selvora::math::Cos(angle), y + dist * selvora::math::Sin(angle), z);
 }
 
 Point3d Point3d::transformBy(Matrix3d m) {
@@ -171,7 +172,7 @@ double Vector3d::angleTo(Vector3d v) {
     double d = a * v;
     if (d < -1.0) d = -1.0;
     if (d > 1.0) d = 1.0;
-    return std::acos(d);
+    return selvora::math::Acos(d);
 }
 
 double Vector3d::angleTo(Vector3d v, Vector3d ref) {
@@ -191,7 +192,7 @@ Vector3d operator*(double s, Vector3d v) { return Vector3d(s * v.x, s * v.y, s *
 
 double OV_angle(Point3d from, Point3d to) {
     Vector3d d = to - from;
-    double angle = std::atan2(d.y, d.x);
+    double angle = selvora::math::Atan2(d.y, d.x);
     if (angle < 0.0) angle += selvora::kTwoPiF;
     return angle;
 }
