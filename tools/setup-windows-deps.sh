@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Prepares the Windows cross-build: installs MinGW-w64, Wine and zlib for
-# MinGW from Debian, fetches Debian's source packages of libjpeg-turbo, libtiff
-# and GoogleTest, and cross-builds them as static libraries into
+# MinGW from Debian, fetches Debian's source packages of libjpeg-turbo,
+# libwebp, libzstd, xz-utils, libtiff, CLI11 and GoogleTest, and cross-builds
+# them as static libraries into
 #   $SELVORA_CACHE_DIR/windows/prefix        (default ~/.cache/selvora)
 # with cmake/mingw-w64-x86_64.cmake. Triangle's source comes from
 # tools/setup-deps.sh, which this script runs first. Idempotent: what is built
-# is kept, and rebuilt only when a source package's version changes. Runs as
+# is kept, and rebuilt only when a source package's version or its options
+# change. Runs as
 # root or through sudo.
 set -euo pipefail
 
@@ -51,37 +53,68 @@ fetch() {
   echo "$folder"
 }
 
-# build PACKAGE CMAKE_OPTION...: configures, builds and installs it into the prefix.
+# build PACKAGE [--in SUBDIR] CMAKE_OPTION...: configures the source (or its
+# SUBDIR) with the options, builds it and installs it into the prefix. Built
+# again when the source package's version or the options change.
 build() {
-  local package="$1" source
+  local package="$1" source subdir=""
   shift
+  if [ "${1:-}" = --in ]; then
+    subdir="/$2"
+    shift 2
+  fi
   source=$(fetch "$package")
-  if [ -f "$prefix/.$package.built" ]; then
+  local marker="$prefix/.$package.built"
+  if [ -f "$marker" ] && [ "$(cat "$marker")" = "$*" ]; then
     return
   fi
   local tree="$cache/build/$package"
   rm -rf "$tree"
-  cmake -S "$source" -B "$tree" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+  # The builds' own output goes to a log, shown when a step fails.
+  local log="$cache/build/$package.log"
+  mkdir -p "$cache/build"
+  if ! { cmake -S "$source$subdir" -B "$tree" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" \
-    -DCMAKE_FIND_ROOT_PATH="$prefix" -DBUILD_SHARED_LIBS=OFF "$@" >/dev/null
-  cmake --build "$tree" -j "$(nproc)" --target install >/dev/null
+    -DCMAKE_FIND_ROOT_PATH="$prefix" -DBUILD_SHARED_LIBS=OFF "$@" &&
+    cmake --build "$tree" -j "$(nproc)" --target install; } >"$log" 2>&1; then
+    tail -n 40 "$log" >&2
+    echo "building $package for Windows failed (log: $log)" >&2
+    exit 1
+  fi
   rm -rf "$tree"
-  touch "$prefix/.$package.built"
+  echo "$*" >"$marker"
 }
 
 # The JPEG codec libtiff's JPEG and old-style JPEG compressions use. Its
 # portable C code, which decodes to the same bytes as the SIMD paths.
 build libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_SIMD=OFF -DWITH_TURBOJPEG=OFF
 
-# libtiff with none, CCITT, PackBits, LZW, deflate (zlib), JPEG and old-style
-# JPEG, and nothing it would load as another DLL.
+# The other codecs Debian's libtiff decodes with: WebP, Zstandard and LZMA.
+build libwebp -DWEBP_BUILD_ANIM_UTILS=OFF -DWEBP_BUILD_CWEBP=OFF -DWEBP_BUILD_DWEBP=OFF \
+  -DWEBP_BUILD_GIF2WEBP=OFF -DWEBP_BUILD_IMG2WEBP=OFF -DWEBP_BUILD_VWEBP=OFF \
+  -DWEBP_BUILD_WEBPINFO=OFF -DWEBP_BUILD_WEBPMUX=OFF -DWEBP_BUILD_EXTRAS=OFF \
+  -DCMAKE_INSTALL_LIBDIR=lib
+build libzstd --in build/cmake -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_BUILD_SHARED=OFF \
+  -DZSTD_BUILD_STATIC=ON -DZSTD_BUILD_TESTS=OFF -DZSTD_MULTITHREAD_SUPPORT=OFF \
+  -DCMAKE_INSTALL_LIBDIR=lib
+build xz-utils -DCMAKE_INSTALL_LIBDIR=lib -DBUILD_TESTING=OFF
+
+# libtiff with none, CCITT, PackBits, LZW, deflate (zlib), JPEG, old-style
+# JPEG, WebP, Zstandard and LZMA, and nothing it would load as another DLL.
+# (Debian's also reads LERC and JBIG, which this build leaves out.)
 build tiff -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF \
   -Dcxx=OFF -Dzlib=ON -Djpeg=ON -Dold-jpeg=ON -Dpixarlog=ON \
-  -Dwebp=OFF -Dzstd=OFF -Dlzma=OFF -Djbig=OFF -Dlerc=OFF -Dlibdeflate=OFF \
+  -Dwebp=ON -Dzstd=ON -Dlzma=ON -Djbig=OFF -Dlerc=OFF -Dlibdeflate=OFF \
   -DZLIB_LIBRARY=/usr/x86_64-w64-mingw32/lib/libz.a \
   -DZLIB_INCLUDE_DIR=/usr/x86_64-w64-mingw32/include \
   -DJPEG_LIBRARY="$prefix/lib/libjpeg.a" -DJPEG_INCLUDE_DIR="$prefix/include" \
+  -DWebP_LIBRARY="$prefix/lib/libwebp.a" -DWebP_INCLUDE_DIR="$prefix/include" \
+  -DZSTD_LIBRARY="$prefix/lib/libzstd.a" -DZSTD_INCLUDE_DIR="$prefix/include" \
+  -DLIBLZMA_LIBRARY="$prefix/lib/liblzma.a" -DLIBLZMA_INCLUDE_DIR="$prefix/include" \
   -DCMAKE_INSTALL_LIBDIR=lib
+
+# CLI11 (headers only) for selvora.exe.
+build cli11 -DCLI11_BUILD_TESTS=OFF -DCLI11_BUILD_EXAMPLES=OFF -DCLI11_BUILD_DOCS=OFF
 
 # GoogleTest and GoogleMock for the test programs.
 build googletest -Dgtest_disable_pthreads=OFF -DCMAKE_INSTALL_LIBDIR=lib
