@@ -171,10 +171,10 @@ int RunDemo(const std::string& outDir) {
     }
     if (int status = ArcDemo(dir)) return status;
     if (int status = TessellationDemo(dir)) return status;
-    std::printf("\nPictures: %s\n          %s\n", (dir / "arc.svg").c_str(),
-                (dir / "tessellation.svg").c_str());
+    std::printf("\nPictures: %s\n          %s\n", (dir / "arc.svg").string().c_str(),
+                (dir / "tessellation.svg").string().c_str());
     std::printf("Next:     selvora records %s --as GArc\n          selvora tessellate %s\n",
-                (dir / "arc.rec").c_str(), (dir / "outline.poly").c_str());
+                (dir / "arc.rec").string().c_str(), (dir / "outline.poly").string().c_str());
     return 0;
 }
 

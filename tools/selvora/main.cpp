@@ -15,12 +15,18 @@ int Fail(const std::string& message) {
 
 }  // namespace selvora_tool
 
+#ifdef _WIN32
+#define SELVORA_LIBRARY_FILE "Selvora100_64.dll"
+#else
+#define SELVORA_LIBRARY_FILE "libSelvora100_64.so"
+#endif
+
 int main(int argc, char** argv) {
     using namespace selvora_tool;
     CLI::App app{
         "selvora: the Selvora geometry library at work.\n"
         "Draws its end-to-end uses, triangulates planar graphs, prints geometry records,\n"
-        "loads images and talks to HTTP servers, all through libSelvora100_64.so."};
+        "loads images and talks to HTTP servers, all through " SELVORA_LIBRARY_FILE "."};
     app.name("selvora");
     app.require_subcommand(1, 1);
     app.fallthrough(false);

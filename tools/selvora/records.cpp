@@ -86,14 +86,12 @@ const RecordClass* FindClass(const std::string& name) {
 
 // The size of a class's record: what its Save writes.
 long RecordSize(const RecordClass& c) {
-    char* bytes = nullptr;
-    size_t size = 0;
-    FILE* memory = open_memstream(&bytes, &size);
-    if (!memory) return -1;
-    c.make()->Save(memory);
-    std::fclose(memory);
-    std::free(bytes);
-    return long(size);
+    FILE* scratch = std::tmpfile();
+    if (!scratch) return -1;
+    c.make()->Save(scratch);
+    const long size = std::ftell(scratch);
+    std::fclose(scratch);
+    return size;
 }
 
 }  // namespace
