@@ -11,3 +11,4 @@ target_link_libraries(selvora_core_tests PRIVATE Selvora100_64 GTest::gtest GTes
 target_link_options(selvora_core_tests PRIVATE -static)
 add_test(NAME selvora_core_tests COMMAND selvora_core_tests)
 set_tests_properties(selvora_core_tests PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 600)
+target_link_options(selvora_same_bits PRIVATE -static)

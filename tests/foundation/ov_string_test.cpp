@@ -7,6 +7,7 @@
 #include <string>
 
 #include "selvora/selvora.h"
+#include "support/platform.h"
 
 namespace {
 
@@ -535,6 +536,10 @@ TEST(OvString, CompareNoCaseReturnsTheLowercaseByteDifference) {
 TEST(OvString, CompareNoCaseLeavesHighBytesAlone) {
     // 0xE0 is not folded to 0xC0 in the C locale; bytes count as unsigned.
     EXPECT_EQ(0xE0 - 0xC0, OvString("\xE0").CompareNoCase("\xC0"));
+    if (selvora_test::RunningUnderWine()) {
+        GTEST_SKIP() << "Wine's _stricmp takes bytes above 0x7F as signed chars (0xE0 - 'a' "
+                        "comes out as -129); Windows' msvcrt takes them as unsigned";
+    }
     EXPECT_EQ(0xE0 - 'a', OvString("\xE0").CompareNoCase("A"));
 }
 

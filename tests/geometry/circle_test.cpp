@@ -17,6 +17,7 @@
 
 #include "selvora/selvora.h"
 #include "support/exact.h"
+#include "support/platform.h"
 #include "support/streams.h"
 
 namespace {
@@ -183,6 +184,7 @@ TEST(CircleSampling, TiltedByCount) {
     ASSERT_EQ(3, points.GetSize());
     EXPECT_SAME_XYZ(3.3333333333333335, -2.3333333333333335, 2.1666666666666665, points[0]);
     EXPECT_SAME_XYZ(-0.4553418012614794, -0.24562009306186217, 1.9732909936926015, points[1]);
+    SELVORA_SKIP_UNLESS_GLIBC_MATHS("sin(4.1887902047863905)");
     EXPECT_SAME_XYZ(0.12200846792814513, -3.4210465736048032, 4.8600423396407315, points[2]);
 }
 

@@ -262,6 +262,18 @@ TEST(Point3d, PolarLeavesPointUnchanged) {
     ExpectPoint(p, 1.5, -2.0, 7.0);
 }
 
+// polar() from the origin at distance 1 gives cos and sin themselves. Their
+// arguments are reduced exactly, also near multiples of pi/2 and for huge
+// angles: the x87 fsin/fcos instructions would give cos(pi/2) =
+// 6.1230317691118863e-17, sin(pi) = 1.2246063538223773e-16 and
+// cos(1e22) = -0.886 (Windows builds must not use them).
+TEST(Point3d, PolarReducesItsAngleExactly) {
+    const Point3d origin(0.0, 0.0, 0.0);
+    ExpectPoint(Point3d(origin).polar(1.5707963267948966, 1.0), 6.123233995736766e-17, 1.0, 0.0);
+    ExpectPoint(Point3d(origin).polar(3.141592653589793, 1.0), -1.0, 1.2246467991473532e-16, 0.0);
+    ExpectPoint(Point3d(origin).polar(1e22, 1.0), 0.523214785395139, -0.8522008497671888, 0.0);
+}
+
 TEST(Point3d, TransformByChangesPointAndReturnsCopy) {
     Point3d p(1.5, -2.0, 0.25);
     Point3d r = p.transformBy(TestMatrix());
