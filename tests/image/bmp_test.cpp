@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "selvora/image/image.h"
+#include "support/scratch_dir.h"
 
 namespace {
 
@@ -105,13 +106,8 @@ Bytes Pixels(CImage& image) {
 class BmpTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "selvora-bmp-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir_ = pattern;
-    }
-    void TearDown() override {
-        std::error_code ec;
-        fs::remove_all(dir_, ec);
+        ASSERT_FALSE(scratch_.Path().empty()) << "cannot create a scratch directory";
+        dir_ = scratch_.Path();
     }
 
     std::string Write(const std::string& name, const Bytes& bytes) {
@@ -141,6 +137,7 @@ class BmpTest : public ::testing::Test {
         EXPECT_EQ(image.GetBitsPtr(), nullptr) << what;
     }
 
+    selvora_test::ScratchDir scratch_{"selvora-bmp"};
     fs::path dir_;
 };
 

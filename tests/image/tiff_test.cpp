@@ -2,7 +2,6 @@
 // and libtiff's own sample images.
 #include <gtest/gtest.h>
 #include <tiffio.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "selvora/image/image.h"
+#include "support/scratch_dir.h"
 
 namespace {
 
@@ -120,13 +120,9 @@ Bytes RgbaReference(const fs::path& path, std::uint32_t* width, std::uint32_t* h
 class TiffFiles : public testing::Test {
   protected:
     void SetUp() override {
-        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = fs::path(testing::TempDir()) / ("selvora_tiff_" + std::to_string(getpid()) + "_" +
-                                               info->test_suite_name() + "_" + info->name());
-        fs::remove_all(dir_);
-        fs::create_directories(dir_);
+        ASSERT_FALSE(scratch_.Path().empty()) << "cannot create a scratch directory";
+        dir_ = scratch_.Path();
     }
-    void TearDown() override { fs::remove_all(dir_); }
 
     fs::path Write(const std::string& name, const Bytes& bytes) {
         const fs::path path = dir_ / name;
@@ -134,6 +130,7 @@ class TiffFiles : public testing::Test {
         return path;
     }
 
+    selvora_test::ScratchDir scratch_{"selvora-tiff"};
     fs::path dir_;
 };
 

@@ -42,6 +42,7 @@
 #include "net/http.h"
 #include "selvora/net/net.h"
 #include "support/loopback_http.h"
+#include "support/scratch_dir.h"
 #include "support/tls_loopback.h"
 
 extern char** environ;
@@ -224,24 +225,6 @@ std::vector<std::string> Names(const fs::path& dir) {
 
 using Listing = std::vector<std::string>;
 
-class TempDir {
-  public:
-    TempDir() {
-        std::string pattern = (fs::temp_directory_path() / "selvora-net-XXXXXX").string();
-        if (::mkdtemp(pattern.data())) path_ = pattern;
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        if (!path_.empty()) fs::remove_all(path_, ignored);
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const fs::path& Path() const { return path_; }
-
-  private:
-    fs::path path_;
-};
-
 // ---------------------------------------------------------------------------
 // Matrices
 
@@ -353,7 +336,7 @@ class Net : public ::testing::Test {
     };
 
     Server server_;
-    TempDir dir_;
+    selvora_test::ScratchDir dir_{"selvora-net"};
     OfflineMachine machine_;
     selvora::net::Conditions conditions_;
 };
@@ -1063,7 +1046,7 @@ TEST_F(OnlineCheck, OfflineButGoingOnlineWorks) {
 // A server nobody here wrote
 
 TEST_F(PythonHttpServer, PageAndBinaryFile) {
-    TempDir served;
+    const selvora_test::ScratchDir served("selvora-net-served");
     ASSERT_FALSE(served.Path().empty());
     const std::string page = "<html><body>" + RandomText(40000, 41) + "</body></html>\n";
     std::string binary = RandomBytes(1500000, 42);

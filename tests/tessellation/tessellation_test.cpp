@@ -29,6 +29,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/scratch_dir.h"
+
 namespace {
 
 constexpr double kPi = 3.141592653589793;
@@ -276,25 +278,6 @@ bool InsidePolygon(const Pslg& g, int count, double x, double y) {
 
 // --- The triangle program ---------------------------------------------------
 
-// A scratch directory, removed with everything in it at the end of the scope.
-class ScratchDir {
-  public:
-    ScratchDir() {
-        std::string pattern = ::testing::TempDir() + "selvora_tessellation_XXXXXX";
-        if (mkdtemp(pattern.data())) path_ = pattern;
-    }
-    ~ScratchDir() {
-        std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-    }
-    ScratchDir(const ScratchDir&) = delete;
-    ScratchDir& operator=(const ScratchDir&) = delete;
-    const std::string& path() const { return path_; }
-
-  private:
-    std::string path_;
-};
-
 // The graph as a .poly file, numbered from zero, without attributes or markers.
 std::string PolyText(const Pslg& g) {
     std::ostringstream os;
@@ -340,15 +323,16 @@ std::string FileText(const std::string& path) {
 // (firstNumber is the number of the file's first vertex).
 void RunTriangleProgram(const std::string& polyText, const std::string& switches, int firstNumber,
                         std::vector<Corners>* triangles) {
-    ScratchDir dir;
-    ASSERT_FALSE(dir.path().empty()) << "cannot create a scratch directory";
-    const std::string poly = dir.path() + "/input.poly";
-    const std::string log = dir.path() + "/triangle.log";
+    const selvora_test::ScratchDir dir("selvora-tessellation");
+    ASSERT_FALSE(dir.Path().empty()) << "cannot create a scratch directory";
+    const std::string poly = (dir.Path() / "input.poly").string();
+    const std::string log = (dir.Path() / "triangle.log").string();
     std::ofstream(poly) << polyText;
-    const std::string command = std::string(SELVORA_TRIANGLE_PROGRAM) + " -" + switches + " '" + poly + "' >'" + log + "' 2>&1";
+    const std::string command = std::string(SELVORA_TRIANGLE_PROGRAM) + " -" + switches + " '" +
+                                poly + "' >'" + log + "' 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0) << command << '\n' << FileText(log);
 
-    const auto lines = FileLines(dir.path() + "/input.1.ele");
+    const auto lines = FileLines((dir.Path() / "input.1.ele").string());
     ASSERT_FALSE(lines.empty()) << "no input.1.ele from: " << command;
     ASSERT_GE(lines[0].size(), 2u);
     const int count = std::stoi(lines[0][0]);
