@@ -1,14 +1,13 @@
 #!/usr/bin/env bash
 # Prepares the Windows cross-build: installs MinGW-w64, Wine and zlib for
 # MinGW from Debian, fetches Debian's source packages of libjpeg-turbo,
-# libwebp, libzstd, xz-utils, libtiff, CLI11 and GoogleTest, and cross-builds
-# them as static libraries into
+# libwebp, libzstd, xz-utils, libtiff, CLI11, libpng and GoogleTest, and
+# cross-builds them as static libraries into
 #   $SELVORA_CACHE_DIR/windows/prefix        (default ~/.cache/selvora)
 # with cmake/mingw-w64-x86_64.cmake. Triangle's source comes from
 # tools/setup-deps.sh, which this script runs first. Idempotent: what is built
 # is kept, and rebuilt only when a source package's version or its options
-# change. Runs as
-# root or through sudo.
+# change. Runs as root or through sudo.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -34,23 +33,34 @@ prefix="$cache/prefix"
 toolchain="$root/cmake/mingw-w64-x86_64.cmake"
 mkdir -p "$sources" "$prefix"
 
-# fetch PACKAGE: the unpacked source of Debian's PACKAGE, patched; prints its folder.
+# fetch PACKAGE: the unpacked source of Debian's PACKAGE, patched; prints its
+# folder. The newest version apt offers that can be downloaded (a mirror may
+# list a version it does not hold); fetched again when the version kept is no
+# longer offered.
 fetch() {
-  local package="$1" version folder
-  version=$(apt-cache showsrc "$package" | sed -n 's/^Version: //p' | head -n 1)
+  local package="$1" versions version folder
+  versions=$(apt-cache showsrc "$package" | sed -n 's/^Version: //p' | sort -V -r -u)
   folder=$(find "$sources" -maxdepth 1 -type d -name "$package-*" -print -quit)
-  if [ -z "$folder" ] || [ "$(cat "$sources/$package.version" 2>/dev/null)" != "$version" ]; then
-    rm -rf "$sources/$package.tmp" "$sources/$package"-* "$sources/${package}_"*
-    mkdir -p "$sources/$package.tmp"
-    (cd "$sources/$package.tmp" && apt-get source -q "$package" >&2)
-    folder=$(find "$sources/$package.tmp" -maxdepth 1 -type d -name "$package-*" -print -quit)
-    mv "$folder" "$sources/"
-    rm -rf "$sources/$package.tmp"
-    echo "$version" >"$sources/$package.version"
-    rm -f "$prefix/.$package.built"
-    folder="$sources/$(basename "$folder")"
+  if [ -n "$folder" ] && grep -qxF "$(cat "$sources/$package.version" 2>/dev/null)" <<<"$versions"; then
+    echo "$folder"
+    return
   fi
-  echo "$folder"
+  rm -rf "$sources/$package.tmp" "$sources/$package"-* "$sources/${package}_"*
+  for version in $versions; do
+    mkdir -p "$sources/$package.tmp"
+    if (cd "$sources/$package.tmp" && apt-get source -q "$package=$version" >&2); then
+      folder=$(find "$sources/$package.tmp" -maxdepth 1 -type d -name "$package-*" -print -quit)
+      mv "$folder" "$sources/"
+      rm -rf "$sources/$package.tmp"
+      echo "$version" >"$sources/$package.version"
+      rm -f "$prefix/.$package.built"
+      echo "$sources/$(basename "$folder")"
+      return
+    fi
+    rm -rf "$sources/$package.tmp"
+  done
+  echo "no source of $package could be downloaded" >&2
+  exit 1
 }
 
 # build PACKAGE [--in SUBDIR] CMAKE_OPTION...: configures the source (or its
@@ -115,6 +125,11 @@ build tiff -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF 
 
 # CLI11 (headers only) for selvora.exe.
 build cli11 -DCLI11_BUILD_TESTS=OFF -DCLI11_BUILD_EXAMPLES=OFF -DCLI11_BUILD_DOCS=OFF
+
+# libpng, with which the image tests decode the reference renderings.
+build libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF -DPNG_EXECUTABLES=OFF \
+  -DPNG_TOOLS=OFF -DZLIB_LIBRARY=/usr/x86_64-w64-mingw32/lib/libz.a \
+  -DZLIB_INCLUDE_DIR=/usr/x86_64-w64-mingw32/include -DCMAKE_INSTALL_LIBDIR=lib
 
 # GoogleTest and GoogleMock for the test programs.
 build googletest -Dgtest_disable_pthreads=OFF -DCMAKE_INSTALL_LIBDIR=lib
