@@ -1,14 +1,55 @@
 # The tests of the Windows build, run under Wine (the toolchain file's
-# emulator). So far the suites that use only the library and standard C++
-# (SELVORA_CORE_TESTS). Each program is one CTest test: starting Wine for
-# every test case would take minutes.
+# emulator). Each program is one CTest test: starting Wine for every test case
+# would take minutes. The programs need no DLL beyond Windows' own and the
+# library's beside them.
 find_package(GTest CONFIG REQUIRED)
 
-add_executable(selvora_core_tests ${SELVORA_CORE_TESTS})
-target_include_directories(selvora_core_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-target_link_libraries(selvora_core_tests PRIVATE Selvora100_64 GTest::gtest GTest::gtest_main)
-# No DLL beyond Windows' own and the library's beside it.
-target_link_options(selvora_core_tests PRIVATE -static)
-add_test(NAME selvora_core_tests COMMAND selvora_core_tests)
-set_tests_properties(selvora_core_tests PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 600)
+function(selvora_windows_tests name)
+  add_executable(${name} ${ARGN})
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE Selvora100_64 GTest::gtest GTest::gtest_main)
+  target_link_options(${name} PRIVATE -static)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
+endfunction()
+
+selvora_windows_tests(selvora_core_tests ${SELVORA_CORE_TESTS})
+
+# The image readers. The tests write TIFF files with libtiff and decode the
+# reference renderings with libpng: the static libraries of
+# tools/setup-windows-deps.sh, linked into the test program (the DLL keeps
+# its own libtiff inside).
+find_package(PNG REQUIRED)
+selvora_windows_tests(selvora_image_tests
+  image/bmp_test.cpp
+  image/tiff_test.cpp
+  image/corpus_test.cpp
+  support/platform.cpp
+  support/scratch_dir.cpp)
+target_link_libraries(selvora_image_tests PRIVATE TIFF::TIFF PNG::PNG ${SELVORA_PLATFORM_LIBRARIES})
+target_compile_definitions(selvora_image_tests PRIVATE
+  SELVORA_TESTDATA_DIR="${PROJECT_SOURCE_DIR}/tests/data")
+
+# The triangulator. Its results are compared with the triangle program's,
+# built here for Windows from the same Triangle source as the library, beside
+# the test program. A fatal condition shows its text in a message box (which
+# Wine, without a display, does not show) and writes it with
+# OutputDebugStringW: the test program echoes those strings on stderr, in the
+# Chinese code page that keeps the texts whole.
+add_executable(selvora_triangle_program ${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c)
+set_target_properties(selvora_triangle_program PROPERTIES OUTPUT_NAME triangle)
+target_compile_definitions(selvora_triangle_program PRIVATE NO_TIMER)
+target_compile_options(selvora_triangle_program PRIVATE -ffp-contract=off -w)
+target_link_options(selvora_triangle_program PRIVATE -static)
+selvora_windows_tests(selvora_tessellation_tests
+  tessellation/fatal_exit_test.cpp
+  tessellation/tessellation_test.cpp
+  tessellation/robustness_test.cpp
+  support/debug_strings_windows.cpp
+  support/platform.cpp
+  support/scratch_dir.cpp)
+add_dependencies(selvora_tessellation_tests selvora_triangle_program)
+set_tests_properties(selvora_tessellation_tests PROPERTIES
+  ENVIRONMENT "WINEDEBUG=-all;LC_ALL=zh_CN.UTF-8")
+
 target_link_options(selvora_same_bits PRIVATE -static)

@@ -76,11 +76,11 @@ auto Quietly(const std::string& what, LoadCall load) -> decltype(load()) {
 }
 
 int LoadTifQuietly(CImage& image, const fs::path& path) {
-    return Quietly(path.string(), [&] { return image.LoadTif(path.c_str()); });
+    return Quietly(path.string(), [&] { return image.LoadTif(path.string().c_str()); });
 }
 
 int LoadQuietly(CImage& image, const fs::path& path) {
-    return Quietly(path.string(), [&] { return image.Load(path.c_str()); });
+    return Quietly(path.string(), [&] { return image.Load(path.string().c_str()); });
 }
 
 // libtiff handle for looking at files in the tests, with its reports dropped.
@@ -90,7 +90,7 @@ TIFF* OpenForInspection(const fs::path& path) {
     TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
     TIFFOpenOptionsSetErrorHandlerExtR(options, DropReport, nullptr);
     TIFFOpenOptionsSetWarningHandlerExtR(options, DropReport, nullptr);
-    TIFF* tif = TIFFOpenExt(path.c_str(), "r", options);
+    TIFF* tif = TIFFOpenExt(path.string().c_str(), "r", options);
     TIFFOpenOptionsFree(options);
     return tif;
 }
@@ -608,7 +608,7 @@ TEST_F(TiffHeader, VersionOtherThan42IsRefused) {
 TEST_F(TiffHeader, BigTiffWrittenByLibtiffIsRefused) {
     const fs::path path = dir_ / "big.tif";
     {
-        TIFF* tif = TIFFOpen(path.c_str(), "w8");
+        TIFF* tif = TIFFOpen(path.string().c_str(), "w8");
         ASSERT_NE(tif, nullptr);
         TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, 2);
         TIFFSetField(tif, TIFFTAG_IMAGELENGTH, 3);
@@ -744,7 +744,7 @@ Bytes TestPicture() {
 void WriteWithLibtiff(const fs::path& path, const Bytes& picture, std::uint16_t compression,
                       std::uint32_t rowsPerStrip, std::uint16_t predictor = 1,
                       std::uint32_t tileSize = 0) {
-    TIFF* tif = TIFFOpen(path.c_str(), "w");
+    TIFF* tif = TIFFOpen(path.string().c_str(), "w");
     ASSERT_NE(tif, nullptr);
     TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, kW);
     TIFFSetField(tif, TIFFTAG_IMAGELENGTH, kH);
@@ -892,7 +892,7 @@ Bytes Pattern(std::size_t n, std::uint32_t seed) {
 
 // Writes a picture of the given kind with libtiff, its samples a pattern.
 void WriteKind(const fs::path& path, const Kind& k) {
-    TIFF* tif = TIFFOpen(path.c_str(), "w");
+    TIFF* tif = TIFFOpen(path.string().c_str(), "w");
     ASSERT_NE(tif, nullptr);
     TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, k.width);
     TIFFSetField(tif, TIFFTAG_IMAGELENGTH, k.height);
@@ -1091,7 +1091,7 @@ TEST_F(TiffConverted, AHugeStripIsConvertedInParts) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const fs::path path = dir_ / (std::string(c.name) + ".tif");
-        TIFF* tif = TIFFOpen(path.c_str(), "w");
+        TIFF* tif = TIFFOpen(path.string().c_str(), "w");
         ASSERT_NE(tif, nullptr);
         TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, kSide);
         TIFFSetField(tif, TIFFTAG_IMAGELENGTH, kSide);
@@ -1167,6 +1167,10 @@ fs::path CorpusDir() { return fs::path(SELVORA_TESTDATA_DIR) / "libtiff-images";
 using TiffQuiet = TiffFiles;
 
 TEST_F(TiffQuiet, ProcessWideHandlersAreNeitherCalledNorReplaced) {
+#ifdef _WIN32
+    GTEST_SKIP() << "Selvora100_64.dll holds a libtiff of its own: the handlers of the test's "
+                    "libtiff are another copy's, which the library cannot reach";
+#endif
     const TIFFErrorHandler oldError = TIFFSetErrorHandler(CountReport);
     const TIFFErrorHandler oldWarning = TIFFSetWarningHandler(CountReport);
     const TIFFErrorHandlerExt oldErrorExt = TIFFSetErrorHandlerExt(CountReportExt);
@@ -1191,7 +1195,7 @@ TEST_F(TiffQuiet, ProcessWideHandlersAreNeitherCalledNorReplaced) {
     EXPECT_EQ(g_processWideReports, 0);
 
     // The same files opened without handlers of one's own do reach them.
-    TIFF* tif = TIFFOpen(paths[0].c_str(), "r");
+    TIFF* tif = TIFFOpen(paths[0].string().c_str(), "r");
     if (tif) TIFFClose(tif);
     EXPECT_GT(g_processWideReports, 0);
 
@@ -1226,7 +1230,7 @@ TEST_F(TiffQuiet, OpenOptionsTakeTheReportsOfAFailedOpen) {
     }
     EXPECT_EQ(g_processWideReports, 0);
     // Without options, the same open reaches the process-wide handlers.
-    TIFF* tif = Quietly("bm.tif", [&] { return TIFFOpen(paths[0].c_str(), "r"); });
+    TIFF* tif = Quietly("bm.tif", [&] { return TIFFOpen(paths[0].string().c_str(), "r"); });
     EXPECT_EQ(tif, nullptr);
     EXPECT_EQ(g_processWideReports, 2);  // the plain and the extended handler
     TIFFSetErrorHandler(oldError);

@@ -3,10 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace selvora_test {
 
 // True when the test runs under Wine rather than Windows.
 bool RunningUnderWine();
+
+#ifdef _WIN32
+// The path of a file in the folder of the running program.
+std::string BesideThisProgram(const std::string& fileName);
+#endif
 
 }  // namespace selvora_test
 
@@ -20,4 +27,12 @@ bool RunningUnderWine();
                  << "the expected bits are glibc's (see README, Windows)"
 #else
 #define SELVORA_SKIP_UNLESS_GLIBC_MATHS(call) static_cast<void>(0)
+#endif
+
+// Some tests run each call in a forked child process, to see it end by a
+// signal or run past an alarm. Windows has no fork: those tests have no
+// Windows version yet and skip there.
+#ifdef _WIN32
+#define SELVORA_SKIP_WITHOUT_FORK() \
+    GTEST_SKIP() << "runs each call in a forked child process; no Windows version yet"
 #endif

@@ -4,8 +4,10 @@
 // (its message boxes on stderr and status 1), within seconds.
 #include <gtest/gtest.h>
 #include <pthread.h>
+#ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <cmath>
 #include <cstdio>
@@ -18,6 +20,7 @@
 
 #include "selvora/selvora.h"
 #include "support/address_space.h"
+#include "support/platform.h"
 #include "support/reported_graphs.h"
 
 namespace {
@@ -25,6 +28,7 @@ namespace {
 using Graph = selvora_test::PlanarGraph;
 using selvora_test::TessellateInBuffers;
 
+#ifndef _WIN32  // the children are forked
 std::string AsPoly(const Graph& g) {
     const int n = static_cast<int>(g.xy.size() / 2), s = static_cast<int>(g.segments.size() / 2),
               h = static_cast<int>(g.holes.size() / 2);
@@ -130,23 +134,36 @@ Graph MixedGraph(unsigned seed, int maxPoints, int maxSegments, int maxHoles) {
     return g;
 }
 
+#endif  // the children are forked
+
 TEST(TessellationRobustness, GraphThatOverflowedTheStack) {
+#ifdef _WIN32
+    SELVORA_SKIP_WITHOUT_FORK();
+#else
     const Graph g = selvora_test::GraphThatOverflowedTheStack();
     const Ending e = InChild(g);
     ASSERT_TRUE(EndedAsDefined(g, e));
     EXPECT_TRUE(e.returned);
     EXPECT_EQ(0, e.result);  // open segments enclose nothing
+#endif
 }
 
 TEST(TessellationRobustness, GraphThatNeverReturned) {
+#ifdef _WIN32
+    SELVORA_SKIP_WITHOUT_FORK();
+#else
     const Graph g = selvora_test::GraphThatNeverReturned();
     const Ending e = InChild(g);
     ASSERT_TRUE(EndedAsDefined(g, e));
     EXPECT_TRUE(e.returned);
     EXPECT_EQ(0, e.result);
+#endif
 }
 
 TEST(TessellationRobustness, ThousandsOfMixedMagnitudeGraphsEndAsDefined) {
+#ifdef _WIN32
+    SELVORA_SKIP_WITHOUT_FORK();
+#else
     int results = 0, triangulated = 0, fatal = 0;
     auto sweep = [&](unsigned first, unsigned count, int points, int segments, int holes) {
         for (unsigned seed = first; seed < first + count; ++seed) {
@@ -165,6 +182,7 @@ TEST(TessellationRobustness, ThousandsOfMixedMagnitudeGraphsEndAsDefined) {
     EXPECT_GT(triangulated, 200);
     EXPECT_GT(fatal, 100);
     EXPECT_EQ(1800, results + fatal);
+#endif
 }
 
 TEST(TessellationRobustness, AbandonedCallLeavesNothingForTheNext) {
@@ -221,6 +239,8 @@ TEST(TessellationRobustness, RecursionDeeperThanTheThreadsStackIsAbandoned) {
 TEST(TessellationRobustnessDeathTest, OutOfMemoryPreparingTheInputExits) {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the address sanitizer needs more address space than the cap leaves";
+#elif defined(_WIN32)
+    SELVORA_SKIP_WITHOUT_ADDRESS_SPACE_CAP();
 #else
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     // A convex polygon of 60,000 points with its outline: checking its

@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <stdlib.h>
+#ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -29,6 +31,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/platform.h"
 #include "support/scratch_dir.h"
 
 namespace {
@@ -318,6 +321,21 @@ std::string FileText(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+// The command line that runs `triangle -<switches>` on the .poly file, its
+// output going to the log.
+std::string TriangleCommand(const std::string& switches, const std::string& poly,
+                            const std::string& log) {
+#ifdef _WIN32
+    // cmd.exe takes double quotes, and strips the outer pair of a line that
+    // starts with one: the whole line is quoted once more.
+    const std::string program = selvora_test::BesideThisProgram("triangle.exe");
+    return "\"\"" + program + "\" -" + switches + " \"" + poly + "\" >\"" + log + "\" 2>&1\"";
+#else
+    return std::string(SELVORA_TRIANGLE_PROGRAM) + " -" + switches + " '" + poly + "' >'" + log +
+           "' 2>&1";
+#endif
+}
+
 // Runs `triangle -<switches>` on a .poly file with the given text and reads
 // the triangles of the .ele file it writes, as zero-based indices
 // (firstNumber is the number of the file's first vertex).
@@ -328,8 +346,7 @@ void RunTriangleProgram(const std::string& polyText, const std::string& switches
     const std::string poly = (dir.Path() / "input.poly").string();
     const std::string log = (dir.Path() / "triangle.log").string();
     std::ofstream(poly) << polyText;
-    const std::string command = std::string(SELVORA_TRIANGLE_PROGRAM) + " -" + switches + " '" +
-                                poly + "' >'" + log + "' 2>&1";
+    const std::string command = TriangleCommand(switches, poly, log);
     ASSERT_EQ(std::system(command.c_str()), 0) << command << '\n' << FileText(log);
 
     const auto lines = FileLines((dir.Path() / "input.1.ele").string());
@@ -748,6 +765,9 @@ TEST(TessellationMishandledDeathTest, EndlessWalkIsAnInternalError) {
 // as an internal error of the triangulator (exit status 1), never by a signal
 // or by running on.
 TEST(TessellationMishandledDeathTest, RandomGraphsNeverCrashOrHang) {
+#ifdef _WIN32
+    SELVORA_SKIP_WITHOUT_FORK();
+#else
     for (unsigned seed = 0; seed < 300; ++seed) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
@@ -779,9 +799,20 @@ TEST(TessellationMishandledDeathTest, RandomGraphsNeverCrashOrHang) {
         ASSERT_TRUE(WIFEXITED(status)) << "seed " << seed << ": signal " << WTERMSIG(status);
         ASSERT_LE(WEXITSTATUS(status), 1) << "seed " << seed;
     }
+#endif
 }
 
 // --- Buffers and capacities --------------------------------------------------
+
+// The usable size of a block from malloc (the library's and the test's C
+// runtime share one heap).
+std::size_t AllocatedBytes(void* block) {
+#ifdef _WIN32
+    return _msize(block);
+#else
+    return malloc_usable_size(block);
+#endif
+}
 
 TEST(TessellationBuffers, ExistWithTheirSizes) {
     const Buffers b = GetBuffers();
@@ -789,10 +820,10 @@ TEST(TessellationBuffers, ExistWithTheirSizes) {
     ASSERT_NE(b.segments, nullptr);
     ASSERT_NE(b.triangles, nullptr);
     ASSERT_NE(b.holes, nullptr);
-    EXPECT_GE(malloc_usable_size(b.points), kPointsBytes);
-    EXPECT_GE(malloc_usable_size(b.segments), kSegmentsBytes);
-    EXPECT_GE(malloc_usable_size(b.triangles), kTrianglesBytes);
-    EXPECT_GE(malloc_usable_size(b.holes), kHolesBytes);
+    EXPECT_GE(AllocatedBytes(b.points), kPointsBytes);
+    EXPECT_GE(AllocatedBytes(b.segments), kSegmentsBytes);
+    EXPECT_GE(AllocatedBytes(b.triangles), kTrianglesBytes);
+    EXPECT_GE(AllocatedBytes(b.holes), kHolesBytes);
     // The capacities are what these sizes hold.
     EXPECT_EQ(static_cast<size_t>(OV_TESSELLATION_MAX_POINTS) * 2 * sizeof(double), kPointsBytes);
     EXPECT_EQ(static_cast<size_t>(OV_TESSELLATION_MAX_SEGMENTS) * 2 * sizeof(int), kSegmentsBytes);
