@@ -13,7 +13,9 @@ function(selvora_windows_tests name)
   set_tests_properties(${name} PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
 endfunction()
 
-selvora_windows_tests(selvora_core_tests ${SELVORA_CORE_TESTS})
+selvora_windows_tests(selvora_core_tests ${SELVORA_CORE_TESTS} module/exports_test.cpp)
+# The export table is read from the DLL beside the program.
+target_compile_definitions(selvora_core_tests PRIVATE SELVORA_LIBRARY_PATH="Selvora100_64.dll")
 
 # The image readers. The tests write TIFF files with libtiff and decode the
 # reference renderings with libpng: the static libraries of

@@ -4,12 +4,9 @@ exports, demangled.
 
     compare_exports.py LIBSELVORA_SO SELVORA_DLL
 
-Both lists must hold the same entities, except those listed in
-windows_export_differences.txt beside this script, each with its reason. A
-listed entity that no longer differs fails too. Exit status 0 when they agree.
+Both lists must hold the same entities. Exit status 0 when they do.
 """
 
-import pathlib
 import subprocess
 import sys
 
@@ -43,38 +40,18 @@ def windows_exports(path):
     return {name.replace("_iobuf", "_IO_FILE") for name in demangled if name}
 
 
-def listed_differences():
-    path = pathlib.Path(__file__).with_name("windows_export_differences.txt")
-    listed = {}
-    for raw in path.read_text(encoding="utf-8").splitlines():
-        line = raw.strip()
-        if line and not line.startswith("#"):
-            name, _, reason = line.partition("|")
-            listed[name.strip()] = reason.strip()
-    return listed
-
-
 def main():
     if len(sys.argv) != 3:
         print(__doc__, file=sys.stderr)
         return 2
     linux = linux_exports(sys.argv[1])
     windows = windows_exports(sys.argv[2])
-    listed = listed_differences()
-    failed = False
     for side, only in (("Linux", linux - windows), ("Windows", windows - linux)):
         for name in sorted(only):
-            if name in listed:
-                print(f"only on {side}, as listed: {name}")
-            else:
-                print(f"ONLY ON {side.upper()}: {name}")
-                failed = True
-    for name in sorted(set(listed) - (linux ^ windows)):
-        print(f"listed as differing but exported by both (or neither): {name}")
-        failed = True
+            print(f"only on {side}: {name}")
     print(f"{len(linux)} entities exported on Linux, {len(windows)} on Windows, "
           f"{len(linux & windows)} by both")
-    return 1 if failed else 0
+    return 0 if linux == windows else 1
 
 
 if __name__ == "__main__":

@@ -1,12 +1,30 @@
 // The library's binary interface: the exported names are there under their
 // own names, and the internals stay hidden.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
 
 namespace {
 
+// The library loaded once more, by its file name (SELVORA_LIBRARY_PATH), and
+// looked into by symbol name: the DLL's export table, or the shared object's
+// dynamic symbols.
 class Exports : public ::testing::Test {
   protected:
+#ifdef _WIN32
+    void SetUp() override {
+        library_ = LoadLibraryA(SELVORA_LIBRARY_PATH);
+        ASSERT_NE(library_, nullptr) << "LoadLibrary: error " << GetLastError();
+    }
+    void TearDown() override {
+        if (library_) FreeLibrary(library_);
+    }
+    bool Has(const char* symbol) { return GetProcAddress(library_, symbol) != nullptr; }
+    HMODULE library_ = nullptr;
+#else
     void SetUp() override {
         handle_ = dlopen(SELVORA_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(handle_, nullptr) << dlerror();
@@ -16,6 +34,7 @@ class Exports : public ::testing::Test {
     }
     bool Has(const char* symbol) { return dlsym(handle_, symbol) != nullptr; }
     void* handle_ = nullptr;
+#endif
 };
 
 TEST_F(Exports, FreeFunctionsAreExported) {
