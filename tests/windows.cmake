@@ -54,4 +54,19 @@ add_dependencies(selvora_tessellation_tests selvora_triangle_program)
 set_tests_properties(selvora_tessellation_tests PROPERTIES
   ENVIRONMENT "WINEDEBUG=-all;LC_ALL=zh_CN.UTF-8")
 
+# The HTTP exchanges over WinINet: the tool's fetch and matrix tests run
+# selvora.exe under Wine against the tests' loopback server on the Linux side,
+# the program of the Linux build that tools/run windows names here.
+set(SELVORA_LINUX_LOOPBACK_HTTP "" CACHE FILEPATH
+  "The Linux build's selvora_loopback_http, for the network tests of the Windows build")
+if(SELVORA_LINUX_LOOPBACK_HTTP AND TARGET selvora)
+  find_program(SELVORA_PYTHON python3 REQUIRED)
+  foreach(group Fetch Matrix)
+    add_test(NAME selvora_cli.${group}
+      COMMAND ${SELVORA_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/tools/selvora_cli_test.py -v ${group}Test)
+    set_tests_properties(selvora_cli.${group} PROPERTIES TIMEOUT 300 ENVIRONMENT
+      "WINEDEBUG=-all;PYTHONDONTWRITEBYTECODE=1;SELVORA_EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR};SELVORA=$<TARGET_FILE:selvora>;SELVORA_LOOPBACK_HTTP=${SELVORA_LINUX_LOOPBACK_HTTP}")
+  endforeach()
+endif()
+
 target_link_options(selvora_same_bits PRIVATE -static)

@@ -3,14 +3,15 @@
 # Wine. Steps:
 #   1. tools/setup-windows-deps.sh: MinGW-w64, Wine, and the libraries built
 #      from Debian's source packages into ~/.cache/selvora/windows
-#   2. Selvora100_64.dll, its import library, selvora.exe and the test
+#   2. the Linux library, the same-bits battery and the tests' loopback HTTP
+#      server, in build/ (SELVORA_BUILD_DIR)
+#   3. Selvora100_64.dll, its import library, selvora.exe and the test
 #      programs, in build-windows/ (SELVORA_WINDOWS_BUILD_DIR)
-#   3. the test suite under Wine (ctest)
-#   4. the DLL's exports against the Linux library's (built in build/,
-#      SELVORA_BUILD_DIR), demangled
-#   5. the same-bits battery, built for Linux too, run on both sides and
-#      compared bit for bit
-#   6. the zip: build-windows/package/Selvora-<version>-win64.zip
+#   4. the test suite under Wine (ctest), the network tests against the
+#      Linux loopback server
+#   5. the DLL's exports against the Linux library's, demangled
+#   6. the same-bits battery run on both sides and compared bit for bit
+#   7. the zip: build-windows/package/Selvora-<version>-win64.zip
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -28,18 +29,21 @@ export WINEPREFIX="${WINEPREFIX:-${SELVORA_CACHE_DIR:-$HOME/.cache/selvora}/wind
 /usr/lib/wine/wine64 cmd /c exit >/dev/null 2>&1 || true
 setup_seconds=$SECONDS
 
+echo "== the Linux library, battery and loopback server, to compare and test with"
+cmake -S "$root" -B "$linux_build" -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build "$linux_build" -j "$jobs" --target Selvora100_64 selvora_same_bits \
+  selvora_loopback_http
+
+echo "== the Windows build"
 cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" \
   -DCMAKE_FIND_ROOT_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release \
-  -DSELVORA_BUILD_TESTS=ON -DSELVORA_BUILD_TOOLS=ON -DSELVORA_BUILD_DOCS=OFF
+  -DSELVORA_BUILD_TESTS=ON -DSELVORA_BUILD_TOOLS=ON -DSELVORA_BUILD_DOCS=OFF \
+  -DSELVORA_LINUX_LOOPBACK_HTTP="$linux_build/tests/support/selvora_loopback_http"
 cmake --build "$build" -j "$jobs"
 build_seconds=$((SECONDS - setup_seconds))
 
-ctest --test-dir "$build" --output-on-failure
+ctest --test-dir "$build" --output-on-failure -j "$jobs"
 test_seconds=$((SECONDS - setup_seconds - build_seconds))
-
-echo "== the Linux library and battery, to compare with"
-cmake -S "$root" -B "$linux_build" -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build "$linux_build" -j "$jobs" --target Selvora100_64 selvora_same_bits
 
 echo "== exports: the DLL's against the Linux library's"
 python3 "$root/tests/module/compare_exports.py" "$linux_build/libSelvora100_64.so" \

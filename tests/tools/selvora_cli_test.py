@@ -1,7 +1,7 @@
 """Tests of the selvora command, run on real inputs.
 
 The tool's path and the inputs come from the environment set by CTest:
-SELVORA, WRITE_RECORDS, TRIANGLE_PROGRAM, TRIANGLE_SAMPLE, SELVORA_TESTDATA,
+SELVORA (and SELVORA_EMULATOR), WRITE_RECORDS, TRIANGLE_PROGRAM, TRIANGLE_SAMPLE, SELVORA_TESTDATA,
 SELVORA_INSTALLED, SELVORA_INSTALLED_LIBDIR. Expected values are computed
 here, independently of the library: file bytes decoded with struct, counts
 from the triangle program or from Euler's formula, sample counts from the
@@ -12,6 +12,7 @@ import math
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import struct
 import subprocess
@@ -20,14 +21,16 @@ import unittest
 import xml.etree.ElementTree as ET
 
 SELVORA = os.environ.get("SELVORA", "selvora")
+EMULATOR = shlex.split(os.environ.get("SELVORA_EMULATOR", ""))
 SVG = "{http://www.w3.org/2000/svg}"
 TWO_PI_F = 6.2831854820251465  # single-precision 2*pi widened to double
 
 
 def run(args, cwd=None, timeout=120, program=None, env=None):
-    """Runs the tool; returns (status, stdout bytes, stderr text)."""
+    """Runs the tool (through SELVORA_EMULATOR when set, as Wine runs the
+    Windows build); returns (status, stdout bytes, stderr text)."""
     result = subprocess.run(
-        [program or SELVORA] + [str(a) for a in args],
+        EMULATOR + [program or SELVORA] + [str(a) for a in args],
         cwd=cwd,
         capture_output=True,
         timeout=timeout,

@@ -30,6 +30,9 @@ int main(int argc, char** argv) {
     app.name("selvora");
     app.require_subcommand(1, 1);
     app.fallthrough(false);
+    // The same syntax on every platform: on Windows too, an argument starting
+    // with '/' is a path (as in /tmp/file.bin), not an option.
+    app.allow_windows_style_options(false);
 
     std::string demoDir = "selvora-demo";
     CLI::App* demo = app.add_subcommand(

@@ -1,5 +1,9 @@
 // selvora fetch and selvora matrix: the library's HTTP exchanges.
 #include <sys/stat.h>
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 #include <selvora/selvora.h>
 #include <climits>
@@ -49,6 +53,10 @@ int RunFetch(const std::string& url, const std::string& outPath) {
                         ": no page (not an http:// or https:// URL, no answer, or a status other "
                         "than 2xx)");
         }
+#ifdef _WIN32
+        // The page's bytes as they came: no line ends translated.
+        _setmode(_fileno(stdout), _O_BINARY);
+#endif
         std::fwrite((const char*)page, 1, size_t(page.GetLength()), stdout);
         return 0;
     }
