@@ -1,13 +1,6 @@
 #include "support/loopback_http.h"
 
-#include <arpa/inet.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <cctype>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -18,61 +11,27 @@ namespace selvora_test {
 
 using namespace std::chrono_literals;
 
-sockaddr_in Loopback(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    return address;
-}
-
-// A TCP socket bound to a free port on 127.0.0.1, or -1.
-int BoundSocket(std::uint16_t* port) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) return -1;
-    sockaddr_in address = Loopback(0);
-    socklen_t size = sizeof address;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-        ::close(fd);
-        return -1;
-    }
-    *port = ntohs(address.sin_port);
-    return fd;
-}
-
 bool CanConnect(std::uint16_t port) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) return false;
-    sockaddr_in address = Loopback(port);
-    const bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(fd);
-    return ok;
+    const Socket s = ConnectedSocket(port);
+    CloseSocket(s);
+    return s != kNoSocket;
 }
 
-void SendAll(int fd, const std::string& bytes) {
+void SendAll(Socket fd, const std::string& bytes) {
     std::size_t done = 0;
     while (done < bytes.size()) {
-        const ssize_t n = ::send(fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
-        if (n < 0 && errno == EINTR) continue;
+        const long n = Send(fd, bytes.data() + done, bytes.size() - done);
         if (n <= 0) return;  // the client has gone
         done += static_cast<std::size_t>(n);
     }
 }
 
-void NoDelay(int fd) {
-    const int one = 1;
-    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-}
-
 // Waits until the client closes its end, the server stops or 30 s pass.
-void WaitForClientClose(int fd, const std::atomic<bool>& stop) {
+void WaitForClientClose(Socket fd, const std::atomic<bool>& stop) {
     const auto end = std::chrono::steady_clock::now() + 30s;
     char buffer[4096];
-    while (!stop && std::chrono::steady_clock::now() < end) {
-        pollfd p{fd, POLLIN, 0};
-        if (::poll(&p, 1, 50) > 0 && ::recv(fd, buffer, sizeof buffer, 0) <= 0) return;
-    }
+    while (!stop && std::chrono::steady_clock::now() < end)
+        if (Readable(fd, 50) && Receive(fd, buffer, sizeof buffer) <= 0) return;
 }
 
 std::size_t ContentLength(const std::string& head) {
@@ -102,7 +61,7 @@ std::string Head(int status, const std::string& headers) {
 std::string Length(std::size_t n) { return "Content-Length: " + std::to_string(n) + "\r\n"; }
 
 Responder Reply(int status, std::string body, std::string headers) {
-    return [=](int fd, const std::atomic<bool>&) {
+    return [=](Socket fd, const std::atomic<bool>&) {
         SendAll(fd, Head(status, headers + (status == 204 ? "" : Length(body.size()))) + body);
     };
 }
@@ -115,12 +74,12 @@ Responder Redirect(int status, const std::string& location) {
 Responder Raw(std::string bytes) {
     // Shared, so that copying the responder (once per request) copies no body.
     auto shared = std::make_shared<const std::string>(std::move(bytes));
-    return [shared](int fd, const std::atomic<bool>&) { SendAll(fd, *shared); };
+    return [shared](Socket fd, const std::atomic<bool>&) { SendAll(fd, *shared); };
 }
 
 // The head at once, then each piece in a TCP segment of its own after a pause.
 Responder Pieces(std::string head, std::vector<std::string> pieces) {
-    return [=](int fd, const std::atomic<bool>&) {
+    return [=](Socket fd, const std::atomic<bool>&) {
         NoDelay(fd);
         SendAll(fd, head);
         for (const std::string& piece : pieces) {
@@ -145,24 +104,24 @@ Responder Chunked(const std::vector<std::string>& chunks) {
 // A 200 head declaring `declared` body bytes, then only `part` of them; once
 // the client has had time to take them, the connection is reset (RST).
 Responder ResetAfter(std::size_t declared, std::string part) {
-    return [=](int fd, const std::atomic<bool>&) {
+    return [=](Socket fd, const std::atomic<bool>&) {
         NoDelay(fd);
         SendAll(fd, Head(200, Length(declared)) + part);
         std::this_thread::sleep_for(200ms);
-        const linger abort{1, 0};
-        ::setsockopt(fd, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
+        ResetOnClose(fd);
     };
 }
 
 // As above, but the connection is closed in order (FIN) short of the body.
 Responder CloseAfter(std::size_t declared, std::string part) {
-    return
-        [=](int fd, const std::atomic<bool>&) { SendAll(fd, Head(200, Length(declared)) + part); };
+    return [=](Socket fd, const std::atomic<bool>&) {
+        SendAll(fd, Head(200, Length(declared)) + part);
+    };
 }
 
 // As above, but then nothing more is sent until the client gives up.
 Responder StallAfter(std::size_t declared, std::string part) {
-    return [=](int fd, const std::atomic<bool>& stop) {
+    return [=](Socket fd, const std::atomic<bool>& stop) {
         NoDelay(fd);
         SendAll(fd, Head(200, Length(declared)) + part);
         WaitForClientClose(fd, stop);
@@ -171,13 +130,13 @@ Responder StallAfter(std::size_t declared, std::string part) {
 
 Server::Server() {
     listen_ = BoundSocket(&port_);
-    if (listen_ >= 0 && ::listen(listen_, 16) == 0) thread_ = std::thread([this] { Run(); });
+    if (listen_ != kNoSocket && Listen(listen_, 16)) thread_ = std::thread([this] { Run(); });
 }
 
 Server::~Server() {
     stop_ = true;
     if (thread_.joinable()) thread_.join();
-    if (listen_ >= 0) ::close(listen_);
+    CloseSocket(listen_);
 }
 
 std::string Server::Url(const std::string& path) const {
@@ -201,17 +160,16 @@ std::vector<std::string> Server::Requests() const {
 
 void Server::Run() {
     while (!stop_) {
-        pollfd p{listen_, POLLIN, 0};
-        if (::poll(&p, 1, 50) <= 0) continue;
-        const int fd = ::accept4(listen_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd < 0) continue;
+        if (!Readable(listen_, 50)) continue;
+        const Socket fd = Accept(listen_);
+        if (fd == kNoSocket) continue;
         ++connections_;
         Serve(fd);
-        ::close(fd);
+        CloseSocket(fd);
     }
 }
 
-void Server::Serve(int fd) {
+void Server::Serve(Socket fd) {
     std::string raw;
     std::string path;
     const bool complete = ReadRequest(fd, &raw, &path);
@@ -232,15 +190,14 @@ void Server::Serve(int fd) {
 
 // The head up to its blank line, then Content-Length bytes of body. Gives up
 // after 5 s without a byte.
-bool Server::ReadRequest(int fd, std::string* raw, std::string* path) {
+bool Server::ReadRequest(Socket fd, std::string* raw, std::string* path) {
     std::size_t total = std::string::npos;
     char buffer[65536];
     auto last = std::chrono::steady_clock::now();
     while (total == std::string::npos || raw->size() < total) {
         if (stop_ || std::chrono::steady_clock::now() - last > 5s) return false;
-        pollfd p{fd, POLLIN, 0};
-        if (::poll(&p, 1, 50) <= 0) continue;
-        const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+        if (!Readable(fd, 50)) continue;
+        const long n = Receive(fd, buffer, sizeof buffer);
         if (n <= 0) return false;
         last = std::chrono::steady_clock::now();
         raw->append(buffer, static_cast<std::size_t>(n));

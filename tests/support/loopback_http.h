@@ -3,8 +3,6 @@
 // connection at a time, every request's bytes recorded.
 #pragma once
 
-#include <netinet/in.h>
-
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -15,26 +13,24 @@
 #include <thread>
 #include <vector>
 
+#include "support/sockets.h"
+
 namespace selvora_test {
 
 // ---- sockets
 
-sockaddr_in Loopback(std::uint16_t port);
-// A TCP socket bound to a free port on 127.0.0.1, or -1.
-int BoundSocket(std::uint16_t* port);
 bool CanConnect(std::uint16_t port);
 // Sends every byte unless the client has gone.
-void SendAll(int fd, const std::string& bytes);
-void NoDelay(int fd);
+void SendAll(Socket fd, const std::string& bytes);
 // Waits until the client closes its end, the server stops or 30 s pass.
-void WaitForClientClose(int fd, const std::atomic<bool>& stop);
+void WaitForClientClose(Socket fd, const std::atomic<bool>& stop);
 // The Content-Length a request head declares, 0 without one.
 std::size_t ContentLength(const std::string& head);
 
 // ---- responses
 
 // Answers one request on fd; stop turns true when the server shuts down.
-using Responder = std::function<void(int fd, const std::atomic<bool>& stop)>;
+using Responder = std::function<void(Socket fd, const std::atomic<bool>& stop)>;
 
 // A status line with its reason, the headers, "Connection: close" and the blank line.
 std::string Head(int status, const std::string& headers);
@@ -77,10 +73,10 @@ class Server {
 
   private:
     void Run();
-    void Serve(int fd);
-    bool ReadRequest(int fd, std::string* raw, std::string* path);
+    void Serve(Socket fd);
+    bool ReadRequest(Socket fd, std::string* raw, std::string* path);
 
-    int listen_ = -1;
+    Socket listen_ = kNoSocket;
     std::uint16_t port_ = 0;
     std::atomic<bool> stop_{false};
     std::atomic<int> connections_{0};

@@ -23,6 +23,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/sockets.h"
+
 namespace selvora_test {
 namespace {
 
@@ -155,14 +157,6 @@ bool SslRetry(int error, bool* wantsRead, bool* wantsWrite) {
 }
 
 bool SocketRetry() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR; }
-
-sockaddr_in Loopback(std::uint16_t port) {
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_port = htons(port);
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return addr;
-}
 
 }  // namespace
 
