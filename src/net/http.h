@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace selvora {
 namespace net {
@@ -36,6 +37,18 @@ bool IsWebUrl(const char* url);
 // in any case.
 bool StartsWithNoCase(const char* text, std::size_t length, const char* prefix);
 
+// The body length the Content-Length fields of one response head declare. A
+// field's value is one decimal number, or a list of the same number
+// repeated; any other value, or another number in another field, leaves the
+// length ambiguous, and a response with an ambiguous length has no body.
+struct DeclaredLength {
+    bool seen = false;
+    bool ambiguous = false;
+    std::uint64_t bytes = 0;
+    // Takes one field's value (length bytes, the name left out).
+    void Take(const char* value, std::size_t length);
+};
+
 // The machine's connection as the online check sees it.
 class Connectivity {
   public:
@@ -54,7 +67,9 @@ const Connectivity& PlatformConnectivity();
 // defaults; the tests pass their own.
 struct Conditions {
     const Connectivity* connectivity = &PlatformConnectivity();
-    long stallSeconds = 60;  // a transfer with no byte for this long fails
+    // A transfer with no byte for this long fails. On Windows the exported
+    // exchanges keep WinINet's own receive time-out; another value sets it.
+    long stallSeconds = 60;
     long connectTimeoutMs = 15000;
 };
 

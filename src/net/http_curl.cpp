@@ -33,42 +33,9 @@ bool IsOws(char c) { return c == ' ' || c == '\t'; }
 struct Head {
     long status = 0;
     bool complete = false;  // ended with its empty line
-    bool lengthSeen = false;
-    std::uint64_t length = 0;
-    bool framingBroken = false;  // conflicting or malformed Content-Length
-    std::string location;        // the first Location header's value
+    DeclaredLength length;
+    std::string location;  // the first Location header's value
 };
-
-// A Content-Length field value is one decimal number, or a list of the same
-// number repeated; any other value, or a different number in another field
-// of the same head, leaves the body's length ambiguous.
-void TakeContentLength(Head& head, const char* value, std::size_t length) {
-    std::size_t i = 0;
-    for (;;) {
-        while (i < length && IsOws(value[i])) ++i;
-        const std::size_t digits = i;
-        std::uint64_t n = 0;
-        for (; i < length && value[i] >= '0' && value[i] <= '9'; ++i) {
-            if (n > (UINT64_MAX - 9) / 10) {
-                head.framingBroken = true;
-                return;
-            }
-            n = n * 10 + static_cast<std::uint64_t>(value[i] - '0');
-        }
-        if (i == digits || (head.lengthSeen && n != head.length)) {
-            head.framingBroken = true;
-            return;
-        }
-        head.lengthSeen = true;
-        head.length = n;
-        while (i < length && IsOws(value[i])) ++i;
-        if (i == length) return;
-        if (value[i++] != ',') {
-            head.framingBroken = true;
-            return;
-        }
-    }
-}
 
 struct Transfer {
     CURL* curl = nullptr;
@@ -138,8 +105,8 @@ size_t OnHeader(char* bytes, size_t size, size_t count, void* context) {
         t.head.complete = true;
         t.head.status = Status(t.curl);
     } else if (StartsWithNoCase(bytes, end, "content-length:")) {
-        TakeContentLength(t.head, bytes + 15, end - 15);
-        if (t.head.framingBroken) return 0;
+        t.head.length.Take(bytes + 15, end - 15);
+        if (t.head.length.ambiguous) return 0;
     } else if (StartsWithNoCase(bytes, end, "location:") && t.head.location.empty()) {
         std::size_t from = 9;
         while (from < end && IsOws(bytes[from])) ++from;
@@ -350,7 +317,7 @@ int PerformOrThrow(const Request& request, BodySink* sink, bool* statusOk,
     for (int redirects = 0; code == CURLE_OK; ++redirects) {
         code = RequestOnce(easy, t, url, post);
         // A redirect's body is cut off unread: its head says all there is.
-        const bool redirected = t.head.complete && !t.head.framingBroken &&
+        const bool redirected = t.head.complete && !t.head.length.ambiguous &&
                                 IsRedirect(t.head.status) && !t.head.location.empty() &&
                                 (code == CURLE_OK || code == CURLE_WRITE_ERROR);
         if (!redirected) break;
@@ -371,7 +338,7 @@ int PerformOrThrow(const Request& request, BodySink* sink, bool* statusOk,
         const long status = Status(easy.curl);
         t.statusOk = t.head.complete && status >= 200 && status <= 299;
     }
-    if (t.head.framingBroken || code == CURLE_TOO_MANY_REDIRECTS) t.statusOk = false;
+    if (t.head.length.ambiguous || code == CURLE_TOO_MANY_REDIRECTS) t.statusOk = false;
     if (statusOk) *statusOk = t.statusOk;
     if (code == CURLE_OK) return t.statusOk ? 1 : 0;
     if (code == CURLE_WRITE_ERROR && t.stoppedBySink && sink->StoppedEarlyIsSuccess()) return 1;
