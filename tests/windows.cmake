@@ -54,7 +54,22 @@ add_dependencies(selvora_tessellation_tests selvora_triangle_program)
 set_tests_properties(selvora_tessellation_tests PROPERTIES
   ENVIRONMENT "WINEDEBUG=-all;LC_ALL=zh_CN.UTF-8")
 
-# The HTTP exchanges over WinINet: the tool's fetch and matrix tests run
+# The HTTP exchanges over WinINet, through the static archive of the library's
+# objects as on Linux, against the tests' loopback server in the same program
+# (Wine's Winsock, over the host's loopback).
+add_executable(selvora_net_tests
+  internal/net_test.cpp
+  internal/net_windows_test.cpp
+  support/platform.cpp
+  support/scratch_dir.cpp)
+target_include_directories(selvora_net_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_link_libraries(selvora_net_tests PRIVATE selvora_internal selvora_loopback_http_server
+  GTest::gtest GTest::gtest_main)
+target_link_options(selvora_net_tests PRIVATE -static)
+add_test(NAME selvora_net_tests COMMAND selvora_net_tests)
+set_tests_properties(selvora_net_tests PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
+
+# And the tool's fetch and matrix tests run
 # selvora.exe under Wine against the tests' loopback server on the Linux side,
 # the program of the Linux build that tools/run windows names here.
 set(SELVORA_LINUX_LOOPBACK_HTTP "" CACHE FILEPATH

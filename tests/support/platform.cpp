@@ -1,5 +1,7 @@
 #include "support/platform.h"
 
+#include <cstdlib>
+
 #ifdef _WIN32
 #include <windows.h>
 
@@ -15,6 +17,23 @@ bool RunningUnderWine() {
     return ntdll && GetProcAddress(ntdll, "wine_get_version");
 #else
     return false;
+#endif
+}
+
+// Windows removes a variable set to the empty text.
+void SetEnv(const std::string& name, const std::string& value) {
+#ifdef _WIN32
+    _putenv_s(name.c_str(), value.c_str());
+#else
+    setenv(name.c_str(), value.c_str(), 1);
+#endif
+}
+
+void UnsetEnv(const std::string& name) {
+#ifdef _WIN32
+    _putenv_s(name.c_str(), "");
+#else
+    unsetenv(name.c_str());
 #endif
 }
 

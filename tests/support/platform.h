@@ -10,6 +10,10 @@ namespace selvora_test {
 // True when the test runs under Wine rather than Windows.
 bool RunningUnderWine();
 
+// The process's environment: a variable set, replacing its value, or removed.
+void SetEnv(const std::string& name, const std::string& value);
+void UnsetEnv(const std::string& name);
+
 #ifdef _WIN32
 // The path of a file in the folder of the running program.
 std::string BesideThisProgram(const std::string& fileName);
@@ -28,6 +32,21 @@ std::string BesideThisProgram(const std::string& fileName);
 #else
 #define SELVORA_SKIP_UNLESS_GLIBC_MATHS(call) static_cast<void>(0)
 #endif
+
+// What WinINet decides by itself (how it reads a response, how it follows a
+// redirect) the library leaves to it: a test of such a rule stops on Windows.
+#ifdef _WIN32
+#define SELVORA_SKIP_ON_WINDOWS(why) GTEST_SKIP() << why
+#else
+#define SELVORA_SKIP_ON_WINDOWS(why) static_cast<void>(0)
+#endif
+
+// Where Wine differs from what Windows documents, the test stops under Wine
+// and says how; the library keeps to Windows.
+#define SELVORA_SKIP_UNDER_WINE(how)         \
+    if (!selvora_test::RunningUnderWine()) { \
+    } else                                   \
+        GTEST_SKIP() << "under Wine: " << how
 
 // Some tests run each call in a forked child process, to see it end by a
 // signal or run past an alarm. Windows has no fork: those tests have no
