@@ -4,10 +4,15 @@
 # library's beside them.
 find_package(GTest CONFIG REQUIRED)
 
+# With OWN_MAIN, one of the sources has the program's main.
 function(selvora_windows_tests name)
-  add_executable(${name} ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN" "" "")
+  add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE Selvora100_64 GTest::gtest GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE Selvora100_64 GTest::gtest)
+  if(NOT arg_OWN_MAIN)
+    target_link_libraries(${name} PRIVATE GTest::gtest_main)
+  endif()
   target_link_options(${name} PRIVATE -static)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
@@ -34,7 +39,9 @@ target_compile_definitions(selvora_image_tests PRIVATE
 
 # The triangulator. Its results are compared with the triangle program's,
 # built here for Windows from the same Triangle source as the library, beside
-# the test program. A fatal condition shows its text in a message box (which
+# the test program. The calls that may end their process run in children:
+# the test program started again (its main is support/graph_children_windows.cpp).
+# A fatal condition shows its text in a message box (which
 # Wine, without a display, does not show) and writes it with
 # OutputDebugStringW: the test program echoes those strings on stderr, in the
 # Chinese code page that keeps the texts whole.
@@ -43,11 +50,12 @@ set_target_properties(selvora_triangle_program PROPERTIES OUTPUT_NAME triangle)
 target_compile_definitions(selvora_triangle_program PRIVATE NO_TIMER)
 target_compile_options(selvora_triangle_program PRIVATE -ffp-contract=off -w)
 target_link_options(selvora_triangle_program PRIVATE -static)
-selvora_windows_tests(selvora_tessellation_tests
+selvora_windows_tests(selvora_tessellation_tests OWN_MAIN
   tessellation/fatal_exit_test.cpp
   tessellation/tessellation_test.cpp
   tessellation/robustness_test.cpp
   support/debug_strings_windows.cpp
+  support/graph_children_windows.cpp
   support/platform.cpp
   support/scratch_dir.cpp)
 add_dependencies(selvora_tessellation_tests selvora_triangle_program)

@@ -47,11 +47,3 @@ std::string BesideThisProgram(const std::string& fileName);
     if (!selvora_test::RunningUnderWine()) { \
     } else                                   \
         GTEST_SKIP() << "under Wine: " << how
-
-// Some tests run each call in a forked child process, to see it end by a
-// signal or run past an alarm. Windows has no fork: those tests have no
-// Windows version yet and skip there.
-#ifdef _WIN32
-#define SELVORA_SKIP_WITHOUT_FORK() \
-    GTEST_SKIP() << "runs each call in a forked child process; no Windows version yet"
-#endif

@@ -4,10 +4,6 @@
 // (its message boxes on stderr and status 1), within seconds.
 #include <gtest/gtest.h>
 #include <pthread.h>
-#ifndef _WIN32
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 #include <cmath>
 #include <cstdio>
@@ -20,15 +16,16 @@
 
 #include "selvora/selvora.h"
 #include "support/address_space.h"
+#include "support/graph_children.h"
 #include "support/platform.h"
 #include "support/reported_graphs.h"
 
 namespace {
 
 using Graph = selvora_test::PlanarGraph;
+using selvora_test::Ending;
 using selvora_test::TessellateInBuffers;
 
-#ifndef _WIN32  // the children are forked
 std::string AsPoly(const Graph& g) {
     const int n = static_cast<int>(g.xy.size() / 2), s = static_cast<int>(g.segments.size() / 2),
               h = static_cast<int>(g.holes.size() / 2);
@@ -43,49 +40,6 @@ std::string AsPoly(const Graph& g) {
     for (int i = 0; i < h; ++i)
         poly << i << ' ' << g.holes[2 * i] << ' ' << g.holes[2 * i + 1] << '\n';
     return poly.str();
-}
-
-// How a call in a child process ended: its result (exit status 0), or a
-// fatal exit with what it wrote on stderr.
-struct Ending {
-    bool returned = false;
-    int result = 0;
-    int exitStatus = -1;  // when it did not return
-    int signal = 0;
-    std::string messages;
-};
-
-Ending InChild(const Graph& g) {
-    int pipeEnds[2];
-    if (pipe(pipeEnds) != 0) std::abort();
-    int resultPipe[2];
-    if (pipe(resultPipe) != 0) std::abort();
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(10);
-        dup2(pipeEnds[1], 2);
-        close(pipeEnds[0]);
-        close(resultPipe[0]);
-        const int result = TessellateInBuffers(g);
-        if (write(resultPipe[1], &result, sizeof result) != sizeof result) _exit(3);
-        _exit(0);
-    }
-    close(pipeEnds[1]);
-    close(resultPipe[1]);
-    Ending ending;
-    char buffer[256];
-    for (ssize_t n; (n = read(pipeEnds[0], buffer, sizeof buffer)) > 0;)
-        ending.messages.append(buffer, n);
-    ending.returned = read(resultPipe[0], &ending.result, sizeof ending.result) ==
-                      static_cast<ssize_t>(sizeof ending.result);
-    close(pipeEnds[0]);
-    close(resultPipe[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (WIFEXITED(status)) ending.exitStatus = WEXITSTATUS(status);
-    if (WIFSIGNALED(status)) ending.signal = WTERMSIG(status);
-    return ending;
 }
 
 // The message boxes of every fatal condition, as they come out on stderr.
@@ -106,8 +60,9 @@ const std::set<std::string>& FatalMessages() {
     if (!e.returned && e.exitStatus == 1 && FatalMessages().count(e.messages))
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure()
-           << (e.signal ? "signal " + std::to_string(e.signal)
-                        : "exit status " + std::to_string(e.exitStatus))
+           << (e.ranOn            ? std::string("ran on past the time limit")
+               : !e.crash.empty() ? e.crash
+                                  : "exit status " + std::to_string(e.exitStatus))
            << ", stderr \"" << e.messages << "\", on\n"
            << AsPoly(g);
 }
@@ -134,42 +89,35 @@ Graph MixedGraph(unsigned seed, int maxPoints, int maxSegments, int maxHoles) {
     return g;
 }
 
-#endif  // the children are forked
+// The call on g in a child process, allowed 10 s.
+Ending InChild(const Graph& g) { return selvora_test::TessellatedInChildren({g}, 10)[0]; }
 
 TEST(TessellationRobustness, GraphThatOverflowedTheStack) {
-#ifdef _WIN32
-    SELVORA_SKIP_WITHOUT_FORK();
-#else
     const Graph g = selvora_test::GraphThatOverflowedTheStack();
     const Ending e = InChild(g);
     ASSERT_TRUE(EndedAsDefined(g, e));
     EXPECT_TRUE(e.returned);
     EXPECT_EQ(0, e.result);  // open segments enclose nothing
-#endif
 }
 
 TEST(TessellationRobustness, GraphThatNeverReturned) {
-#ifdef _WIN32
-    SELVORA_SKIP_WITHOUT_FORK();
-#else
     const Graph g = selvora_test::GraphThatNeverReturned();
     const Ending e = InChild(g);
     ASSERT_TRUE(EndedAsDefined(g, e));
     EXPECT_TRUE(e.returned);
     EXPECT_EQ(0, e.result);
-#endif
 }
 
 TEST(TessellationRobustness, ThousandsOfMixedMagnitudeGraphsEndAsDefined) {
-#ifdef _WIN32
-    SELVORA_SKIP_WITHOUT_FORK();
-#else
     int results = 0, triangulated = 0, fatal = 0;
     auto sweep = [&](unsigned first, unsigned count, int points, int segments, int holes) {
-        for (unsigned seed = first; seed < first + count; ++seed) {
-            const Graph g = MixedGraph(seed, points, segments, holes);
-            const Ending e = InChild(g);
-            ASSERT_TRUE(EndedAsDefined(g, e)) << "seed " << seed;
+        std::vector<Graph> graphs;
+        for (unsigned seed = first; seed < first + count; ++seed)
+            graphs.push_back(MixedGraph(seed, points, segments, holes));
+        const std::vector<Ending> endings = selvora_test::TessellatedInChildren(graphs, 10);
+        for (unsigned k = 0; k < count; ++k) {
+            const Ending& e = endings[k];
+            ASSERT_TRUE(EndedAsDefined(graphs[k], e)) << "seed " << first + k;
             results += e.returned;
             triangulated += e.returned && e.result > 0;
             fatal += !e.returned;
@@ -182,7 +130,6 @@ TEST(TessellationRobustness, ThousandsOfMixedMagnitudeGraphsEndAsDefined) {
     EXPECT_GT(triangulated, 200);
     EXPECT_GT(fatal, 100);
     EXPECT_EQ(1800, results + fatal);
-#endif
 }
 
 TEST(TessellationRobustness, AbandonedCallLeavesNothingForTheNext) {

@@ -7,10 +7,6 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <stdlib.h>
-#ifndef _WIN32
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 #include <algorithm>
 #include <array>
@@ -31,6 +27,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/graph_children.h"
 #include "support/platform.h"
 #include "support/scratch_dir.h"
 
@@ -765,41 +762,36 @@ TEST(TessellationMishandledDeathTest, EndlessWalkIsAnInternalError) {
 // as an internal error of the triangulator (exit status 1), never by a signal
 // or by running on.
 TEST(TessellationMishandledDeathTest, RandomGraphsNeverCrashOrHang) {
-#ifdef _WIN32
-    SELVORA_SKIP_WITHOUT_FORK();
-#else
+    std::vector<selvora_test::PlanarGraph> graphs;
     for (unsigned seed = 0; seed < 300; ++seed) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            alarm(30);
-            std::mt19937_64 rng(seed);
-            std::uniform_real_distribution<double> unit(-1, 1);
-            const int n = 3 + int(rng() % 60), ns = int(rng() % 40), nh = int(rng() % 4);
-            const int kind = int(rng() % 3);
-            const double scale = std::pow(10.0, double(int(rng() % 121)) - 60);
-            Pslg g;
-            for (int i = 0; i < n; ++i) {
-                if (kind == 0) {
-                    g.AddPoint(double(rng() % 4), double(rng() % 4));
-                } else if (kind == 1) {
-                    g.AddPoint(unit(rng) * scale, unit(rng) * scale);
-                } else {
-                    const double big = (rng() % 2 ? 1e75 : -1e75) * double(rng() % 3) / 2;
-                    g.AddPoint(big, (rng() % 2 ? 1e-60 : 1e75) * (1 + std::fabs(unit(rng))));
-                }
+        std::mt19937_64 rng(seed);
+        std::uniform_real_distribution<double> unit(-1, 1);
+        const int n = 3 + int(rng() % 60), ns = int(rng() % 40), nh = int(rng() % 4);
+        const int kind = int(rng() % 3);
+        const double scale = std::pow(10.0, double(int(rng() % 121)) - 60);
+        Pslg g;
+        for (int i = 0; i < n; ++i) {
+            if (kind == 0) {
+                g.AddPoint(double(rng() % 4), double(rng() % 4));
+            } else if (kind == 1) {
+                g.AddPoint(unit(rng) * scale, unit(rng) * scale);
+            } else {
+                const double big = (rng() % 2 ? 1e75 : -1e75) * double(rng() % 3) / 2;
+                g.AddPoint(big, (rng() % 2 ? 1e-60 : 1e75) * (1 + std::fabs(unit(rng))));
             }
-            for (int i = 0; i < ns; ++i) g.AddSegment(int(rng() % (n + 2)) - 1, int(rng() % n));
-            for (int i = 0; i < nh; ++i)
-                g.AddHole(g.X(int(rng() % n)) / 2, g.Y(int(rng() % n)) / 2);
-            _exit(Tessellate(g) >= 0 ? 0 : 2);
         }
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        ASSERT_TRUE(WIFEXITED(status)) << "seed " << seed << ": signal " << WTERMSIG(status);
-        ASSERT_LE(WEXITSTATUS(status), 1) << "seed " << seed;
+        for (int i = 0; i < ns; ++i) g.AddSegment(int(rng() % (n + 2)) - 1, int(rng() % n));
+        for (int i = 0; i < nh; ++i) g.AddHole(g.X(int(rng() % n)) / 2, g.Y(int(rng() % n)) / 2);
+        graphs.push_back({g.xy, g.segments, g.holeSeeds});
     }
-#endif
+    const auto endings = selvora_test::TessellatedInChildren(graphs, 30);
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        const selvora_test::Ending& e = endings[seed];
+        ASSERT_FALSE(e.ranOn) << "seed " << seed << " ran on";
+        ASSERT_EQ("", e.crash) << "seed " << seed;
+        ASSERT_TRUE((e.returned && e.result >= 0) || e.exitStatus == 1)
+            << "seed " << seed << ": exit status " << e.exitStatus << ", result " << e.result;
+    }
 }
 
 // --- Buffers and capacities --------------------------------------------------
