@@ -62,6 +62,21 @@ add_dependencies(selvora_tessellation_tests selvora_triangle_program)
 set_tests_properties(selvora_tessellation_tests PROPERTIES
   ENVIRONMENT "WINEDEBUG=-all;LC_ALL=zh_CN.UTF-8")
 
+# The fatal texts and Triangle's guard, through the static archive of the
+# library's objects as on Linux; the fatal texts are read as above.
+add_executable(selvora_internal_tests
+  internal/fatal_errors_test.cpp
+  internal/triangle_guard_test.cpp
+  support/debug_strings_windows.cpp)
+target_include_directories(selvora_internal_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_compile_definitions(selvora_internal_tests PRIVATE
+  SELVORA_TRIANGLE_SOURCE="${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c")
+target_link_libraries(selvora_internal_tests PRIVATE selvora_internal GTest::gtest GTest::gtest_main)
+target_link_options(selvora_internal_tests PRIVATE -static)
+add_test(NAME selvora_internal_tests COMMAND selvora_internal_tests)
+set_tests_properties(selvora_internal_tests PROPERTIES
+  ENVIRONMENT "WINEDEBUG=-all;LC_ALL=zh_CN.UTF-8" TIMEOUT 900)
+
 # The HTTP exchanges over WinINet, through the static archive of the library's
 # objects as on Linux, against the tests' loopback server in the same program
 # (Wine's Winsock, over the host's loopback).
