@@ -92,18 +92,20 @@ target_link_options(selvora_net_tests PRIVATE -static)
 add_test(NAME selvora_net_tests COMMAND selvora_net_tests)
 set_tests_properties(selvora_net_tests PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
 
-# And the tool's fetch and matrix tests run
-# selvora.exe under Wine against the tests' loopback server on the Linux side,
-# the program of the Linux build that tools/run windows names here.
-set(SELVORA_LINUX_LOOPBACK_HTTP "" CACHE FILEPATH
-  "The Linux build's selvora_loopback_http, for the network tests of the Windows build")
-if(SELVORA_LINUX_LOOPBACK_HTTP AND TARGET selvora)
+# The tool's tests run selvora.exe under Wine, with the programs of the Linux
+# build that tools/run windows names here: the tests' loopback server for
+# fetch and matrix, and write_records, whose records are the same bytes on
+# both platforms.
+set(SELVORA_LINUX_BUILD_DIR "" CACHE PATH
+  "The Linux build, whose test programs the tool's tests of the Windows build use")
+if(SELVORA_LINUX_BUILD_DIR AND TARGET selvora)
   find_program(SELVORA_PYTHON python3 REQUIRED)
-  foreach(group Fetch Matrix)
+  find_program(SELVORA_TRIANGLE_HOST_PROGRAM triangle REQUIRED)
+  foreach(group Help Demo Tessellate Records Image Fetch Matrix)
     add_test(NAME selvora_cli.${group}
       COMMAND ${SELVORA_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/tools/selvora_cli_test.py -v ${group}Test)
-    set_tests_properties(selvora_cli.${group} PROPERTIES TIMEOUT 300 ENVIRONMENT
-      "WINEDEBUG=-all;PYTHONDONTWRITEBYTECODE=1;SELVORA_EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR};SELVORA=$<TARGET_FILE:selvora>;SELVORA_LOOPBACK_HTTP=${SELVORA_LINUX_LOOPBACK_HTTP}")
+    set_tests_properties(selvora_cli.${group} PROPERTIES TIMEOUT 600 ENVIRONMENT
+      "WINEDEBUG=-all;PYTHONDONTWRITEBYTECODE=1;SELVORA_EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR};SELVORA=$<TARGET_FILE:selvora>;SELVORA_LOOPBACK_HTTP=${SELVORA_LINUX_BUILD_DIR}/tests/support/selvora_loopback_http;WRITE_RECORDS=${SELVORA_LINUX_BUILD_DIR}/tests/tools/write_records;TRIANGLE_PROGRAM=${SELVORA_TRIANGLE_HOST_PROGRAM};TRIANGLE_SAMPLE=/usr/share/doc/triangle-bin/A.poly;SELVORA_TESTDATA=${PROJECT_SOURCE_DIR}/tests/data")
   endforeach()
 endif()
 

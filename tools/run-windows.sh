@@ -3,12 +3,12 @@
 # Wine. Steps:
 #   1. tools/setup-windows-deps.sh: MinGW-w64, Wine, and the libraries built
 #      from Debian's source packages into ~/.cache/selvora/windows
-#   2. the Linux library, the same-bits battery and the tests' loopback HTTP
-#      server, in build/ (SELVORA_BUILD_DIR)
+#   2. the Linux library, the same-bits battery, the tests' loopback HTTP
+#      server and write_records, in build/ (SELVORA_BUILD_DIR)
 #   3. Selvora100_64.dll, its import library, selvora.exe and the test
 #      programs, in build-windows/ (SELVORA_WINDOWS_BUILD_DIR)
-#   4. the test suite under Wine (ctest), the network tests against the
-#      Linux loopback server
+#   4. the test suite under Wine (ctest); the tool's tests use the Linux
+#      loopback server and write_records
 #   5. the DLL's exports against the Linux library's, demangled
 #   6. the same-bits battery run on both sides and compared bit for bit
 #   7. the zip: build-windows/package/Selvora-<version>-win64.zip
@@ -27,18 +27,27 @@ SECONDS=0
 export WINEDEBUG=-all
 export WINEPREFIX="${WINEPREFIX:-${SELVORA_CACHE_DIR:-$HOME/.cache/selvora}/windows/wine}"
 /usr/lib/wine/wine64 cmd /c exit >/dev/null 2>&1 || true
+# One Wine server for all the tests: without it each program started under
+# Wine starts its own and the prefix's services (about 2 s each), and the
+# tool's tests start hundreds. The first server is let go first. The services
+# start here, on /dev/null: started by a test, they would hold its output pipe
+# open, and ctest would wait for them.
+/usr/lib/wine/wineserver64 -w || true
+/usr/lib/wine/wineserver64 -p || true
+/usr/lib/wine/wine64 cmd /c exit >/dev/null 2>&1 || true
+trap '/usr/lib/wine/wineserver64 -k >/dev/null 2>&1 || true' EXIT
 setup_seconds=$SECONDS
 
-echo "== the Linux library, battery and loopback server, to compare and test with"
+echo "== the Linux library, battery and test programs, to compare and test with"
 cmake -S "$root" -B "$linux_build" -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build "$linux_build" -j "$jobs" --target Selvora100_64 selvora_same_bits \
-  selvora_loopback_http
+  selvora_loopback_http write_records
 
 echo "== the Windows build"
 cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" \
   -DCMAKE_FIND_ROOT_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release \
   -DSELVORA_BUILD_TESTS=ON -DSELVORA_BUILD_TOOLS=ON -DSELVORA_BUILD_DOCS=OFF \
-  -DSELVORA_LINUX_LOOPBACK_HTTP="$linux_build/tests/support/selvora_loopback_http"
+  -DSELVORA_LINUX_BUILD_DIR="$linux_build"
 cmake --build "$build" -j "$jobs"
 build_seconds=$((SECONDS - setup_seconds))
 

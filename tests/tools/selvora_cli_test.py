@@ -22,6 +22,9 @@ import xml.etree.ElementTree as ET
 
 SELVORA = os.environ.get("SELVORA", "selvora")
 EMULATOR = shlex.split(os.environ.get("SELVORA_EMULATOR", ""))
+# The Windows build, run under Wine: its text output ends lines with CRLF
+# and it joins paths with backslashes, as Windows programs do.
+WINDOWS_TOOL = SELVORA.lower().endswith(".exe")
 SVG = "{http://www.w3.org/2000/svg}"
 TWO_PI_F = 6.2831854820251465  # single-precision 2*pi widened to double
 
@@ -36,7 +39,19 @@ def run(args, cwd=None, timeout=120, program=None, env=None):
         timeout=timeout,
         env=env,
     )
-    return result.returncode, result.stdout, result.stderr.decode("utf-8", "replace")
+    return result.returncode, result.stdout, text(result.stderr)
+
+
+def text(output):
+    """The tool's text output, its lines ended by LF."""
+    decoded = output.decode("utf-8", "replace")
+    return decoded.replace("\r\n", "\n") if WINDOWS_TOOL else decoded
+
+
+def shown_path(folder, name):
+    """The path of file `name` in `folder` as the tool prints it."""
+    separator = "\\" if WINDOWS_TOOL else "/"
+    return f"{folder}{separator}{name}"
 
 
 class ToolCase(unittest.TestCase):
@@ -51,7 +66,7 @@ class ToolCase(unittest.TestCase):
         status, out, err = run(args, **kw)
         self.assertEqual(status, 0, f"selvora {args} failed: {err}")
         self.assertEqual(err, "", "nothing on stderr on success")
-        return out.decode("utf-8", "replace")
+        return text(out)
 
     def assertFailsClearly(self, args, *phrases, **kw):
         """Exit status 1 (not a signal) and a "selvora: " message on stderr
@@ -62,7 +77,7 @@ class ToolCase(unittest.TestCase):
         self.assertTrue(err.startswith("selvora: "), err)
         for phrase in phrases:
             self.assertIn(phrase, err)
-        return out.decode("utf-8", "replace"), err
+        return text(out), err
 
 
 def svg_elements(path, group, tag, cls):
@@ -152,8 +167,8 @@ class DemoTest(ToolCase):
     def test_demo_pictures(self):
         out_dir = self.tmp / "pictures"
         out = self.assertSucceeds(["demo", "--out", out_dir])
-        self.assertIn(str(out_dir / "arc.svg"), out)
-        self.assertIn(str(out_dir / "tessellation.svg"), out)
+        self.assertIn(shown_path(out_dir, "arc.svg"), out)
+        self.assertIn(shown_path(out_dir, "tessellation.svg"), out)
 
         # The arc record the demo saved holds the turned arc: 15 doubles.
         record = (out_dir / "arc.rec").read_bytes()
@@ -213,7 +228,7 @@ class DemoTest(ToolCase):
         out = self.assertSucceeds(["demo"], cwd=self.tmp)
         for name in ["arc.svg", "tessellation.svg", "outline.poly", "arc.rec"]:
             self.assertTrue((self.tmp / "selvora-demo" / name).is_file(), name)
-        self.assertIn("selvora-demo/arc.svg\n", out)
+        self.assertIn(shown_path("selvora-demo", "arc.svg") + "\n", out)
 
     def test_folder_that_cannot_be_made(self):
         blocker = self.tmp / "plain-file"
@@ -459,7 +474,7 @@ class RecordsTest(ToolCase):
         status, raw, err = run(["records", path, "--as", "GLine,GArc"])
         self.assertEqual(status, 1)
         self.assertIn("record 2 (GArc) needs 120 bytes, only 83 remain", err)
-        out = raw.decode()
+        out = text(raw)
         self.check_records(out, [("GLine", self.LINE)])  # the whole record before is shown
         self.assertNotIn("record 2", out)
 
@@ -593,7 +608,7 @@ class ImageTest(ToolCase):
                 if status == 0:
                     width, height, pixels = read_ppm(ppm)
                     self.assertEqual(len(pixels), width * height * 3)
-                    self.assertIn(f"{width} x {height}", out.decode())
+                    self.assertIn(f"{width} x {height}", text(out))
                 else:
                     self.assertTrue(err.startswith("selvora: "), err)
                     self.assertFalse(ppm.exists())
