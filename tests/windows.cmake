@@ -101,12 +101,25 @@ set(SELVORA_LINUX_BUILD_DIR "" CACHE PATH
 if(SELVORA_LINUX_BUILD_DIR AND TARGET selvora)
   find_program(SELVORA_PYTHON python3 REQUIRED)
   find_program(SELVORA_TRIANGLE_HOST_PROGRAM triangle REQUIRED)
+  set(SELVORA_CLI_ENVIRONMENT "WINEDEBUG=-all;PYTHONDONTWRITEBYTECODE=1;SELVORA_EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR};SELVORA=$<TARGET_FILE:selvora>;SELVORA_LOOPBACK_HTTP=${SELVORA_LINUX_BUILD_DIR}/tests/support/selvora_loopback_http;WRITE_RECORDS=${SELVORA_LINUX_BUILD_DIR}/tests/tools/write_records;TRIANGLE_PROGRAM=${SELVORA_TRIANGLE_HOST_PROGRAM};TRIANGLE_SAMPLE=/usr/share/doc/triangle-bin/A.poly;SELVORA_TESTDATA=${PROJECT_SOURCE_DIR}/tests/data")
   foreach(group Help Demo Tessellate Records Image Fetch Matrix)
     add_test(NAME selvora_cli.${group}
       COMMAND ${SELVORA_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/tools/selvora_cli_test.py -v ${group}Test)
     set_tests_properties(selvora_cli.${group} PROPERTIES TIMEOUT 600 ENVIRONMENT
-      "WINEDEBUG=-all;PYTHONDONTWRITEBYTECODE=1;SELVORA_EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR};SELVORA=$<TARGET_FILE:selvora>;SELVORA_LOOPBACK_HTTP=${SELVORA_LINUX_BUILD_DIR}/tests/support/selvora_loopback_http;WRITE_RECORDS=${SELVORA_LINUX_BUILD_DIR}/tests/tools/write_records;TRIANGLE_PROGRAM=${SELVORA_TRIANGLE_HOST_PROGRAM};TRIANGLE_SAMPLE=/usr/share/doc/triangle-bin/A.poly;SELVORA_TESTDATA=${PROJECT_SOURCE_DIR}/tests/data")
+      "${SELVORA_CLI_ENVIRONMENT}")
   endforeach()
+
+  # The package as a client sees it: selvora.exe run from the installed bin/,
+  # beside the installed DLL, and both importing only Windows' own DLLs.
+  set(SELVORA_TEST_PREFIX ${CMAKE_BINARY_DIR}/test-install)
+  add_test(NAME install_package
+    COMMAND ${CMAKE_COMMAND} --install ${CMAKE_BINARY_DIR} --prefix ${SELVORA_TEST_PREFIX})
+  set_tests_properties(install_package PROPERTIES FIXTURES_SETUP installed_package)
+  add_test(NAME selvora_cli.Installed
+    COMMAND ${SELVORA_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/tools/selvora_cli_test.py -v InstalledTest)
+  set_tests_properties(selvora_cli.Installed PROPERTIES FIXTURES_REQUIRED installed_package
+    TIMEOUT 600 ENVIRONMENT
+    "${SELVORA_CLI_ENVIRONMENT};SELVORA_INSTALLED=${SELVORA_TEST_PREFIX}/bin/selvora.exe;SELVORA_INSTALLED_LIBDIR=${SELVORA_TEST_PREFIX}/bin;SELVORA_OBJDUMP=${CMAKE_OBJDUMP}")
 endif()
 
 target_link_options(selvora_same_bits PRIVATE -static)

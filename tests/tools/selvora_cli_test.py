@@ -771,6 +771,19 @@ class MatrixTest(ServerCase):
                                 "no such file")
 
 
+# The DLLs of Windows itself that the Windows build may import.
+WINDOWS_OWN_DLLS = {"kernel32.dll", "user32.dll", "wininet.dll", "msvcrt.dll"}
+
+
+def dll_imports(path):
+    """The DLLs a Windows program or DLL imports, from its import table."""
+    dump = subprocess.run(
+        [os.environ["SELVORA_OBJDUMP"], "-p", str(path)],
+        capture_output=True, text=True, check=True,
+    ).stdout
+    return [l.split("DLL Name:")[1].strip().lower() for l in dump.splitlines() if "DLL Name:" in l]
+
+
 class InstalledTest(ToolCase):
     """The installed tool runs as a client of the installed library."""
 
@@ -778,15 +791,29 @@ class InstalledTest(ToolCase):
         program = os.environ["SELVORA_INSTALLED"]
         libdir = os.path.realpath(os.environ["SELVORA_INSTALLED_LIBDIR"])
         env = {k: v for k, v in os.environ.items() if k != "LD_LIBRARY_PATH"}
-        ldd = subprocess.run(["ldd", program], capture_output=True, text=True, env=env)
-        line = [l for l in ldd.stdout.splitlines() if "libSelvora100_64.so" in l]
-        self.assertEqual(len(line), 1, ldd.stdout)
-        resolved = line[0].split("=>")[1].split("(")[0].strip()
-        self.assertEqual(os.path.dirname(os.path.realpath(resolved)), libdir)
+        if WINDOWS_TOOL:
+            self.check_windows_imports(program, libdir)
+        else:
+            ldd = subprocess.run(["ldd", program], capture_output=True, text=True, env=env)
+            line = [l for l in ldd.stdout.splitlines() if "libSelvora100_64.so" in l]
+            self.assertEqual(len(line), 1, ldd.stdout)
+            resolved = line[0].split("=>")[1].split("(")[0].strip()
+            self.assertEqual(os.path.dirname(os.path.realpath(resolved)), libdir)
         out_dir = self.tmp / "installed-demo"
         status, out, err = run(["demo", "--out", out_dir], program=program, env=env)
         self.assertEqual(status, 0, err)
         self.assertTrue((out_dir / "tessellation.svg").is_file())
+
+    def check_windows_imports(self, program, libdir):
+        """selvora.exe takes the DLL beside it (where Windows looks first), and
+        neither needs a DLL beyond Windows' own."""
+        self.assertEqual(os.path.dirname(os.path.realpath(program)), libdir)
+        library = pathlib.Path(libdir) / "Selvora100_64.dll"
+        self.assertTrue(library.is_file())
+        imports = dll_imports(program)
+        self.assertIn("selvora100_64.dll", imports)
+        for dll in imports + dll_imports(library):
+            self.assertIn(dll, WINDOWS_OWN_DLLS | {"selvora100_64.dll"})
 
 
 if __name__ == "__main__":
