@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "support/graph_children.h"
+#include "support/platform.h"
 #include "support/scratch_dir.h"
 
 namespace selvora_test {
@@ -82,16 +83,6 @@ int TriangulateTheGraphsOfStandardInput() {
     return 0;
 }
 
-std::wstring ThisProgram() {
-    std::wstring path(MAX_PATH, L'\0');
-    DWORD n;
-    while ((n = GetModuleFileNameW(nullptr, &path[0], static_cast<DWORD>(path.size()))) ==
-           path.size())
-        path.resize(2 * path.size());
-    path.resize(n);
-    return path;
-}
-
 std::string Contents(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
@@ -126,7 +117,7 @@ ChildRun RunChild(const std::string& input, const fs::path& dir, int seconds) {
     startup.hStdInput = Inherited(in, false);
     startup.hStdOutput = Inherited(out, true);
     startup.hStdError = Inherited(err, true);
-    std::wstring command = L"\"" + ThisProgram() + L"\" ";
+    std::wstring command = L"\"" + ThisProgram().wstring() + L"\" ";
     command += std::wstring(kChildSwitch, kChildSwitch + std::strlen(kChildSwitch));
     PROCESS_INFORMATION process{};
     const bool started = CreateProcessW(nullptr, &command[0], nullptr, nullptr, TRUE, 0, nullptr,

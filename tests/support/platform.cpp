@@ -4,8 +4,6 @@
 
 #ifdef _WIN32
 #include <windows.h>
-
-#include <filesystem>
 #endif
 
 namespace selvora_test {
@@ -38,14 +36,18 @@ void UnsetEnv(const std::string& name) {
 }
 
 #ifdef _WIN32
-std::string BesideThisProgram(const std::string& fileName) {
+std::filesystem::path ThisProgram() {
     std::wstring self(MAX_PATH, L'\0');
     DWORD n;
     while ((n = GetModuleFileNameW(nullptr, &self[0], static_cast<DWORD>(self.size()))) ==
            self.size())
         self.resize(2 * self.size());
     self.resize(n);
-    return (std::filesystem::path(self).parent_path() / fileName).string();
+    return self;
+}
+
+std::string BesideThisProgram(const std::string& fileName) {
+    return (ThisProgram().parent_path() / fileName).string();
 }
 #endif
 

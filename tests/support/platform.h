@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace selvora_test {
@@ -15,6 +16,8 @@ void SetEnv(const std::string& name, const std::string& value);
 void UnsetEnv(const std::string& name);
 
 #ifdef _WIN32
+// The running program's own path.
+std::filesystem::path ThisProgram();
 // The path of a file in the folder of the running program.
 std::string BesideThisProgram(const std::string& fileName);
 #endif
