@@ -41,7 +41,7 @@ setup_seconds=$SECONDS
 echo "== the Linux library, battery and test programs, to compare and test with"
 cmake -S "$root" -B "$linux_build" -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build "$linux_build" -j "$jobs" --target Selvora100_64 selvora_same_bits \
-  selvora_loopback_http write_records
+  selvora_loopback_http selvora_tls_fronts write_records
 
 echo "== the Windows build"
 cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" \
