@@ -29,10 +29,11 @@ export WINEPREFIX="${WINEPREFIX:-${SELVORA_CACHE_DIR:-$HOME/.cache/selvora}/wind
 /usr/lib/wine/wine64 cmd /c exit >/dev/null 2>&1 || true
 # One Wine server for all the tests: without it each program started under
 # Wine starts its own and the prefix's services (about 2 s each), and the
-# tool's tests start hundreds. The first server is let go first. The services
-# start here, on /dev/null: started by a test, they would hold its output pipe
-# open, and ctest would wait for them.
-/usr/lib/wine/wineserver64 -w || true
+# tool's tests start hundreds. Any server of this prefix is stopped first
+# (waiting for one that is persistent would never end). The services start here, on
+# /dev/null: started by a test, they would hold its output pipe open, and
+# ctest would wait for them.
+/usr/lib/wine/wineserver64 -k >/dev/null 2>&1 || true
 /usr/lib/wine/wineserver64 -p || true
 /usr/lib/wine/wine64 cmd /c exit >/dev/null 2>&1 || true
 trap '/usr/lib/wine/wineserver64 -k >/dev/null 2>&1 || true' EXIT
