@@ -83,14 +83,15 @@ set_tests_properties(selvora_internal_tests PROPERTIES
 add_executable(selvora_net_tests
   internal/net_test.cpp
   internal/net_windows_test.cpp
-  internal/net_windows_https_test.cpp
+  internal/net_windows_servers_test.cpp
   support/platform.cpp
   support/scratch_dir.cpp)
 target_include_directories(selvora_net_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(selvora_net_tests PRIVATE selvora_internal selvora_loopback_http_server
   crypt32 GTest::gtest GTest::gtest_main)
 target_link_options(selvora_net_tests PRIVATE -static)
-add_test(NAME selvora_net_tests COMMAND selvora_net_tests --gtest_filter=-HttpsThroughWinInet.*)
+add_test(NAME selvora_net_tests
+  COMMAND selvora_net_tests --gtest_filter=-HttpsThroughWinInet.*:PythonHttpServerBeside.*)
 set_tests_properties(selvora_net_tests PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
 
 # The tool's tests run selvora.exe under Wine, with the programs of the Linux
@@ -117,6 +118,13 @@ if(SELVORA_LINUX_BUILD_DIR AND TARGET selvora)
       ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:selvora_net_tests>
       --gtest_filter=HttpsThroughWinInet.*)
   set_tests_properties(selvora_net_tests.Https PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 300)
+  # And against python3 -m http.server, a server nobody here wrote.
+  add_test(NAME selvora_net_tests.PythonHttpServer
+    COMMAND ${SELVORA_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/support/with_python_http_server.py
+      ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:selvora_net_tests>
+      --gtest_filter=PythonHttpServerBeside.*)
+  set_tests_properties(selvora_net_tests.PythonHttpServer PROPERTIES
+    ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 300)
 
   # The package as a client sees it: selvora.exe run from the installed bin/,
   # beside the installed DLL, and both importing only Windows' own DLLs.

@@ -251,6 +251,36 @@ class Net : public ::testing::Test {
         conditions_.connectivity = &machine_;
     }
 
+    // A page and a binary file put in `served`, then fetched and downloaded
+    // from `base`: the address of an HTTP server of that folder that nobody
+    // here wrote.
+    void ExpectThePageAndFileOf(const fs::path& served, const std::string& base) {
+        const std::string page = "<html><body>" + RandomText(40000, 41) + "</body></html>\n";
+        std::string binary = RandomBytes(1500000, 42);
+        binary[0] = '\0';
+        WriteFile(served / "index.html", page);
+        WriteFile(served / "symbol.bin", binary);
+
+        OvString out;
+        EXPECT_EQ(1, OV_GetHtml((base + "/index.html").c_str(), &out));
+        EXPECT_TRUE(Text(out) == page);
+        EXPECT_EQ(1, OV_GetHtml((base + "/symbol.bin").c_str(), &out));
+        EXPECT_TRUE(Text(out) == ExpectedPage(binary));
+        out = "keep";
+        EXPECT_EQ(0, OV_GetHtml((base + "/no-such-file").c_str(), &out));
+        EXPECT_EQ("keep", Text(out));
+
+        std::string online = base + "/";
+        std::string url = base + "/symbol.bin";
+        const fs::path file = dir_.Path() / "symbol.bin";
+        EXPECT_EQ(1, LoadSymbolInternet(online.data(), url.data(), file.string().c_str()));
+        EXPECT_TRUE(ReadFile(file) == binary);
+        std::string missing = base + "/no-such-file";
+        const fs::path never = dir_.Path() / "never.bin";
+        EXPECT_EQ(0, LoadSymbolInternet(online.data(), missing.data(), never.string().c_str()));
+        EXPECT_EQ(Listing{"symbol.bin"}, Names(dir_.Path()));
+    }
+
     struct OfflineMachine : selvora::net::Connectivity {
         bool goingOnlineWorks = false;
         bool IsOffline() const override { return true; }

@@ -99,33 +99,9 @@ TEST_F(PlatformOnlineCheck, LinuxCountsAsOnline) {
 TEST_F(PythonHttpServer, PageAndBinaryFile) {
     const selvora_test::ScratchDir served("selvora-net-served");
     ASSERT_FALSE(served.Path().empty());
-    const std::string page = "<html><body>" + RandomText(40000, 41) + "</body></html>\n";
-    std::string binary = RandomBytes(1500000, 42);
-    binary[0] = '\0';
-    WriteFile(served.Path() / "index.html", page);
-    WriteFile(served.Path() / "symbol.bin", binary);
-
     PythonServer python(served.Path());
     ASSERT_TRUE(python.Ready()) << "python3 -m http.server did not start";
-
-    OvString out;
-    EXPECT_EQ(1, OV_GetHtml(python.Url("/index.html").c_str(), &out));
-    EXPECT_TRUE(Text(out) == page);
-    EXPECT_EQ(1, OV_GetHtml(python.Url("/symbol.bin").c_str(), &out));
-    EXPECT_TRUE(Text(out) == ExpectedPage(binary));
-    out = "keep";
-    EXPECT_EQ(0, OV_GetHtml(python.Url("/no-such-file").c_str(), &out));
-    EXPECT_EQ("keep", Text(out));
-
-    std::string online = python.Url("/");
-    std::string url = python.Url("/symbol.bin");
-    const fs::path file = dir_.Path() / "symbol.bin";
-    EXPECT_EQ(1, LoadSymbolInternet(online.data(), url.data(), file.c_str()));
-    EXPECT_TRUE(ReadFile(file) == binary);
-    std::string missing = python.Url("/no-such-file");
-    const fs::path never = dir_.Path() / "never.bin";
-    EXPECT_EQ(0, LoadSymbolInternet(online.data(), missing.data(), never.c_str()));
-    EXPECT_EQ(Listing{"symbol.bin"}, Names(dir_.Path()));
+    ExpectThePageAndFileOf(served.Path(), python.Url(""));
 }
 
 // The scheme is checked before anything is opened: a FIFO would block an

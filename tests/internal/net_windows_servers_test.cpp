@@ -1,6 +1,9 @@
-// HTTPS through WinINet, against the HTTPS servers of the Linux build's
-// selvora_tls_fronts (tests/support/with_tls_fronts.py runs the test program
-// beside them). WinINet checks a server's certificate against Windows'
+// The exchanges over WinINet against servers of the Linux side, which the
+// test program under Wine cannot start itself: the scripts in tests/support
+// start them and run it beside them.
+//
+// HTTPS, against the servers of the Linux build's selvora_tls_fronts
+// (with_tls_fronts.py). WinINet checks a server's certificate against Windows'
 // certificate store, and the exchanges leave those checks on: a private
 // authority, one's own signature, a certificate for another host or one that
 // has expired are all refused.
@@ -125,6 +128,17 @@ TEST_F(HttpsThroughWinInet, TheRefusalIsTheCertificateCheck) {
     // The same server answers once its certificate goes unchecked.
     EXPECT_EQ("secure page",
               PageIgnoringTheAuthority("127.0.0.1", std::stoi(ports_.at("trusted"))));
+}
+
+// python3 -m http.server, a server nobody here wrote
+// (with_python_http_server.py), serving a folder the test fills.
+class PythonHttpServerBeside : public Net {};
+
+TEST_F(PythonHttpServerBeside, PageAndBinaryFile) {
+    const char* folder = std::getenv("SELVORA_PYTHON_HTTP_DIR");
+    const char* base = std::getenv("SELVORA_PYTHON_HTTP_URL");
+    if (!folder || !base) GTEST_SKIP() << "needs the server of with_python_http_server.py";
+    ExpectThePageAndFileOf(folder, base);
 }
 
 }  // namespace
