@@ -3,14 +3,16 @@
 // start them and run it beside them.
 //
 // HTTPS, against the servers of the Linux build's selvora_tls_fronts
-// (with_tls_fronts.py). WinINet checks a server's certificate against Windows'
-// certificate store, and the exchanges leave those checks on: a private
-// authority, one's own signature, a certificate for another host or one that
-// has expired are all refused.
-//
+// (with_tls_fronts.py). WinINet checks a server's certificate against
+// Windows' certificate store, and the exchanges leave those checks on: a
+// certificate from an authority the store does not hold, a self-signed one,
+// one for another host or one that has expired is refused; one from an
+// authority the store holds is taken.
+
 // Winsock before windows.h, as the loopback server's sockets need it.
 #include <winsock2.h>
 
+#include <wincrypt.h>
 #include <windows.h>
 #include <wininet.h>
 
@@ -29,14 +31,44 @@ namespace {
 
 using namespace selvora_test;
 
+// The authority (PEM) in the current user's root store while this lives.
+class TrustedAuthority {
+  public:
+    explicit TrustedAuthority(const std::string& pem) {
+        DWORD size = 0;
+        if (!CryptStringToBinaryA(pem.c_str(), 0, CRYPT_STRING_BASE64HEADER, nullptr, &size,
+                                  nullptr, nullptr))
+            return;
+        std::vector<BYTE> der(size);
+        if (!CryptStringToBinaryA(pem.c_str(), 0, CRYPT_STRING_BASE64HEADER, der.data(), &size,
+                                  nullptr, nullptr))
+            return;
+        store_ = CertOpenSystemStoreW(0, L"ROOT");
+        if (store_ && CertAddEncodedCertificateToStore(store_, X509_ASN_ENCODING, der.data(), size,
+                                                       CERT_STORE_ADD_REPLACE_EXISTING, &added_))
+            CertControlStore(store_, 0, CERT_STORE_CTRL_COMMIT, nullptr);
+    }
+    ~TrustedAuthority() {
+        if (added_) CertDeleteCertificateFromStore(added_);
+        if (store_) CertCloseStore(store_, 0);
+    }
+    TrustedAuthority(const TrustedAuthority&) = delete;
+    TrustedAuthority& operator=(const TrustedAuthority&) = delete;
+
+    bool Added() const { return added_ != nullptr; }
+
+  private:
+    HCERTSTORE store_ = nullptr;
+    PCCERT_CONTEXT added_ = nullptr;
+};
+
 // The page of an HTTPS server fetched through WinINet directly, with the
-// checks of the certificate's authority and name turned off (Wine's WinINet
-// does not match a certificate's IP address to the host; Windows' does): the
-// TLS path itself works.
-std::string PageIgnoringTheAuthority(const std::string& host, INTERNET_PORT port) {
+// checks of the certificate's authority and dates turned off: the TLS path
+// itself works.
+std::string PageWithoutTheChecks(INTERNET_PORT port) {
     std::string page;
     HINTERNET session = InternetOpenA("test", INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
-    HINTERNET connection = session ? InternetConnectA(session, host.c_str(), port, nullptr, nullptr,
+    HINTERNET connection = session ? InternetConnectA(session, "localhost", port, nullptr, nullptr,
                                                       INTERNET_SERVICE_HTTP, 0, 0)
                                    : nullptr;
     HINTERNET request = connection ? HttpOpenRequestA(connection, "GET", "/page", nullptr, nullptr,
@@ -45,7 +77,7 @@ std::string PageIgnoringTheAuthority(const std::string& host, INTERNET_PORT port
     if (request) {
         DWORD flags = 0, size = sizeof flags;
         InternetQueryOptionA(request, INTERNET_OPTION_SECURITY_FLAGS, &flags, &size);
-        flags |= SECURITY_FLAG_IGNORE_UNKNOWN_CA | SECURITY_FLAG_IGNORE_CERT_CN_INVALID;
+        flags |= SECURITY_FLAG_IGNORE_UNKNOWN_CA | SECURITY_FLAG_IGNORE_CERT_DATE_INVALID;
         InternetSetOptionA(request, INTERNET_OPTION_SECURITY_FLAGS, &flags, sizeof flags);
         if (HttpSendRequestA(request, nullptr, 0, nullptr, 0)) {
             char buffer[256];
@@ -63,27 +95,32 @@ class HttpsThroughWinInet : public Net {
     void SetUp() override {
         Net::SetUp();
         const char* ports = std::getenv("SELVORA_TLS_PORTS");
-        if (!ports) GTEST_SKIP() << "needs the servers of tests/support/with_tls_fronts.py";
+        const char* ca = std::getenv("SELVORA_TLS_CA");
+        if (!ports || !ca) GTEST_SKIP() << "needs the servers of with_tls_fronts.py";
         std::istringstream list(ports);
         for (std::string item; std::getline(list, item, ',');)
             ports_[item.substr(0, item.find('='))] = item.substr(item.find('=') + 1);
         ASSERT_EQ(6u, ports_.size());
+        caPem_ = ReadFile(ca);
+        ASSERT_FALSE(caPem_.empty());
     }
 
     std::string At(const std::string& server, const std::string& path) const {
-        const auto port = ports_.find(server);
-        return (server == "plain" ? "http" : "https") + std::string("://127.0.0.1:") +
-               (port == ports_.end() ? "0" : port->second) + path;
+        const std::string port = ports_.count(server) ? ports_.at(server) : "0";
+        return server == "plain" ? "http://127.0.0.1:" + port + path
+                                 : "https://localhost:" + port + path;
     }
 
     // Page, download and matrix from one server: true when they give 1 each
-    // and what the server sent, or (expected 0) 0 each and nothing changed.
-    // Written on stderr where one does not.
+    // and what the server sent, or (expected 0) 0 each with nothing changed.
+    // What did not is written on stderr.
     bool ExchangesGive(const std::string& server, int expected) {
-        bool as = true;
+        bool all = true;
         auto check = [&](bool ok, const char* what) {
-            if (!ok) std::fprintf(stderr, "%s: %s not as expected\n", server.c_str(), what);
-            as = as && ok;
+            if (!ok)
+                std::fprintf(stderr, "%s: the %s did not give %d\n", server.c_str(), what,
+                             expected);
+            all = all && ok;
         };
         OvString out("keep");
         check(OV_GetHtml(At(server, "/page").c_str(), &out) == expected &&
@@ -105,11 +142,10 @@ class HttpsThroughWinInet : public Net {
         for (int i = 0; i < 16; ++i)
             matrix = matrix && m.m[i / 4][i % 4] == (expected ? i + 1.0 : 1000.0 + i);
         check(matrix, "matrix");
-        return as;
+        return all;
     }
 
-    // Every refused server refused.
-    bool RefusedAreRefused() {
+    bool TheOthersAreRefused() {
         bool all = true;
         for (const char* server : {"other-authority", "self-signed", "wrong-host", "expired"})
             all = ExchangesGive(server, 0) && all;
@@ -117,17 +153,44 @@ class HttpsThroughWinInet : public Net {
     }
 
     std::map<std::string, std::string> ports_;
+    std::string caPem_;
 };
 
-TEST_F(HttpsThroughWinInet, APrivateAuthorityIsNotTrustedByDefault) {
+TEST_F(HttpsThroughWinInet, AnAuthorityOutsideTheStoreIsNotTrusted) {
     EXPECT_TRUE(ExchangesGive("trusted", 0));
-    EXPECT_TRUE(RefusedAreRefused());
+    EXPECT_TRUE(TheOthersAreRefused());
+    // The same servers answer once their certificates go unchecked: the
+    // refusal is the certificate check.
+    EXPECT_EQ("secure page", PageWithoutTheChecks(std::stoi(ports_.at("trusted"))));
+    EXPECT_EQ("secure page", PageWithoutTheChecks(std::stoi(ports_.at("expired"))));
 }
 
-TEST_F(HttpsThroughWinInet, TheRefusalIsTheCertificateCheck) {
-    // The same server answers once its certificate goes unchecked.
-    EXPECT_EQ("secure page",
-              PageIgnoringTheAuthority("127.0.0.1", std::stoi(ports_.at("trusted"))));
+// Wine keeps what it found of a server's certificate for the rest of the
+// process, where Windows looks at the store again: the exchanges after the
+// authority is stored run in a process of their own (a death test's, which
+// ends with status 0 when all went as expected).
+TEST_F(HttpsThroughWinInet, TheStoresAuthorityIsTrustedForItsHostWhileValid) {
+    const TrustedAuthority trust(caPem_);
+    ASSERT_TRUE(trust.Added());
+    EXPECT_EXIT(std::exit(ExchangesGive("trusted", 1) && TheOthersAreRefused() ? 0 : 1),
+                ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(HttpsThroughWinInet, RedirectsGoBetweenHttpAndHttps) {
+    const TrustedAuthority trust(caPem_);
+    ASSERT_TRUE(trust.Added());
+    EXPECT_EXIT(
+        {
+            bool all = true;
+            for (const std::string& url : {At("plain", "/up"), At("trusted", "/down")}) {
+                OvString out;
+                const bool ok = OV_GetHtml(url.c_str(), &out) == 1 && Text(out) == "secure page";
+                if (!ok) std::fprintf(stderr, "%s was not followed\n", url.c_str());
+                all = all && ok;
+            }
+            std::exit(all ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
 
 // python3 -m http.server, a server nobody here wrote

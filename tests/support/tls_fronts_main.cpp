@@ -11,7 +11,8 @@
 //   /down    301 to the plain server's /page (from https to http)
 // Prints "plain PORT", then "NAME PORT" for each front (trusted,
 // other-authority, self-signed, wrong-host, expired), then "ready", and
-// serves until its standard input closes.
+// serves until its standard input closes. The fronts are reached as
+// https://localhost:PORT.
 #include <cstdint>
 #include <cstring>
 #include <iostream>
@@ -36,12 +37,14 @@ int main(int argc, char** argv) {
     TestCa ca, other;
     if (!ca.WritePem(dir + "/ca.pem")) return 1;
 
+    // All for the name localhost (Wine's WinINet matches a certificate's
+    // names, not its addresses), but for wrong-host.
     std::vector<std::pair<std::string, Leaf>> leaves = {
-        {"trusted", ca.Issue("127.0.0.1", {"127.0.0.1"}, {})},
-        {"other-authority", other.Issue("127.0.0.1", {"127.0.0.1"}, {})},
-        {"self-signed", TestCa::SelfSigned("127.0.0.1", {"127.0.0.1"}, {})},
+        {"trusted", ca.Issue("localhost", {}, {"localhost"})},
+        {"other-authority", other.Issue("localhost", {}, {"localhost"})},
+        {"self-signed", TestCa::SelfSigned("localhost", {}, {"localhost"})},
         {"wrong-host", ca.Issue("wrong.example", {}, {"wrong.example"})},
-        {"expired", ca.Issue("127.0.0.1", {"127.0.0.1"}, {}, -7200, -3600)},
+        {"expired", ca.Issue("localhost", {}, {"localhost"}, -7200, -3600)},
     };
     std::vector<std::unique_ptr<TlsFront>> fronts;
     for (const auto& [name, leaf] : leaves) {
@@ -57,7 +60,8 @@ int main(int argc, char** argv) {
     plain.On("/page", Reply(200, "secure page"));
     plain.On("/symbol", Reply(200, "secure symbol"));
     plain.On("/matrix", Reply(200, matrix));
-    plain.On("/up", Redirect(302, fronts[0]->Url("/page")));
+    plain.On("/up",
+             Redirect(302, "https://localhost:" + std::to_string(fronts[0]->Port()) + "/page"));
     plain.On("/down", Redirect(301, plain.Url("/page")));
 
     std::cout << "plain " << plain.Port() << "\n";
