@@ -100,33 +100,45 @@ HANDLE Inherited(const fs::path& path, bool write) {
 struct ChildRun {
     std::vector<int> results;           // of the graphs it finished
     std::vector<std::string> messages;  // on stderr, for each graph it began
+    bool started = false;
+    DWORD startError = 0;  // when it did not start
     bool ranOn = false;
     DWORD exitCode = 0;
 };
 
 ChildRun RunChild(const std::string& input, const fs::path& dir, int seconds) {
     ChildRun run;
-    const fs::path in = dir / "graphs.bin", out = dir / "results.txt", err = dir / "stderr.txt";
+    // Files of this run's own: the last child's may still be closing.
+    static int runs = 0;
+    const std::string n = std::to_string(++runs);
+    const fs::path in = dir / ("graphs-" + n + ".bin"), out = dir / ("results-" + n + ".txt"),
+                   err = dir / ("stderr-" + n + ".txt");
     {
         std::ofstream file(in, std::ios::binary | std::ios::trunc);
         file.write(input.data(), static_cast<std::streamsize>(input.size()));
     }
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = Inherited(in, false);
-    startup.hStdOutput = Inherited(out, true);
-    startup.hStdError = Inherited(err, true);
     std::wstring command = L"\"" + ThisProgram().wstring() + L"\" ";
     command += std::wstring(kChildSwitch, kChildSwitch + std::strlen(kChildSwitch));
     PROCESS_INFORMATION process{};
-    const bool started = CreateProcessW(nullptr, &command[0], nullptr, nullptr, TRUE, 0, nullptr,
-                                        nullptr, &startup, &process);
-    for (HANDLE h : {startup.hStdInput, startup.hStdOutput, startup.hStdError}) CloseHandle(h);
-    if (!started) {
-        run.exitCode = 0xFFFFFFFF;
-        return run;
+    // A start that fails (seen under Wine, with other programs starting at
+    // the same time) is tried again.
+    bool started = false;
+    for (int attempt = 0; attempt < 5 && !started; ++attempt) {
+        if (attempt > 0) Sleep(200);
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = Inherited(in, false);
+        startup.hStdOutput = Inherited(out, true);
+        startup.hStdError = Inherited(err, true);
+        started = CreateProcessW(nullptr, &command[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                                 &startup, &process);
+        run.startError = started ? 0 : GetLastError();
+        for (HANDLE h : {startup.hStdInput, startup.hStdOutput, startup.hStdError})
+            if (h != INVALID_HANDLE_VALUE) CloseHandle(h);
     }
+    if (!started) return run;
+    run.started = true;
     // Stopped once no result has come for `seconds`.
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     std::uintmax_t reported = 0;
@@ -157,6 +169,8 @@ ChildRun RunChild(const std::string& input, const fs::path& dir, int seconds) {
                                                                     : next - at - markLength));
         at = next;
     }
+    std::error_code ignored;
+    for (const fs::path& file : {in, out, err}) fs::remove(file, ignored);
     return run;
 }
 
@@ -175,6 +189,8 @@ std::vector<Ending> TessellatedInChildren(const std::vector<PlanarGraph>& graphs
                 e.returned = true;
                 e.result = run.results[k];
                 e.exitStatus = 0;
+            } else if (!run.started) {
+                e.crash = "the child did not start (error " + std::to_string(run.startError) + ")";
             } else if (run.ranOn) {
                 e.ranOn = true;
             } else if (run.exitCode >= 0xC0000000) {
