@@ -37,6 +37,9 @@ bool IsWebUrl(const char* url);
 // in any case.
 bool StartsWithNoCase(const char* text, std::size_t length, const char* prefix);
 
+// True for optional white space in a header field: a space or a tab.
+inline bool IsOws(char c) { return c == ' ' || c == '\t'; }
+
 // The body length the Content-Length fields of one response head declare. A
 // field's value is one decimal number, or a list of the same number
 // repeated; any other value, or another number in another field, leaves the

@@ -27,8 +27,6 @@ void InitCurlOnce() {
 
 using Clock = std::chrono::steady_clock;
 
-bool IsOws(char c) { return c == ' ' || c == '\t'; }
-
 // The head of one response, as far as the exchange needs it.
 struct Head {
     long status = 0;

@@ -10,7 +10,6 @@
 #include <wininet.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>

@@ -18,12 +18,6 @@ bool StartsWithNoCase(const char* text, std::size_t length, const char* prefix) 
     return true;
 }
 
-namespace {
-
-bool IsOws(char c) { return c == ' ' || c == '\t'; }
-
-}  // namespace
-
 void DeclaredLength::Take(const char* value, std::size_t length) {
     std::size_t i = 0;
     while (!ambiguous) {
