@@ -4,17 +4,24 @@
 # library's beside them.
 find_package(GTest CONFIG REQUIRED)
 
-# With OWN_MAIN, one of the sources has the program's main.
+# With OWN_MAIN, one of the sources has the program's main; with INTERNAL the
+# program links the static archive of the library's objects (selvora_internal)
+# instead of the DLL, for the white-box tests; ARGS, after the sources, are
+# the test's arguments.
 function(selvora_windows_tests name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN" "" "")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN;INTERNAL" "" "ARGS")
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE Selvora100_64 GTest::gtest)
+  if(arg_INTERNAL)
+    target_link_libraries(${name} PRIVATE selvora_internal GTest::gtest)
+  else()
+    target_link_libraries(${name} PRIVATE Selvora100_64 GTest::gtest)
+  endif()
   if(NOT arg_OWN_MAIN)
     target_link_libraries(${name} PRIVATE GTest::gtest_main)
   endif()
   target_link_options(${name} PRIVATE -static)
-  add_test(NAME ${name} COMMAND ${name})
+  add_test(NAME ${name} COMMAND ${name} ${arg_ARGS})
   set_tests_properties(${name} PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
 endfunction()
 
@@ -64,35 +71,26 @@ set_tests_properties(selvora_tessellation_tests PROPERTIES
 
 # The fatal texts and Triangle's guard, through the static archive of the
 # library's objects as on Linux; the fatal texts are read as above.
-add_executable(selvora_internal_tests
+selvora_windows_tests(selvora_internal_tests INTERNAL
   internal/fatal_errors_test.cpp
   internal/triangle_guard_test.cpp
   support/debug_strings_windows.cpp)
-target_include_directories(selvora_internal_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_compile_definitions(selvora_internal_tests PRIVATE
   SELVORA_TRIANGLE_SOURCE="${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c")
-target_link_libraries(selvora_internal_tests PRIVATE selvora_internal GTest::gtest GTest::gtest_main)
-target_link_options(selvora_internal_tests PRIVATE -static)
-add_test(NAME selvora_internal_tests COMMAND selvora_internal_tests)
 set_tests_properties(selvora_internal_tests PROPERTIES
-  ENVIRONMENT "WINEDEBUG=-all;LC_ALL=zh_CN.UTF-8" TIMEOUT 900)
+  ENVIRONMENT "WINEDEBUG=-all;LC_ALL=zh_CN.UTF-8")
 
 # The HTTP exchanges over WinINet, through the static archive of the library's
 # objects as on Linux, against the tests' loopback server in the same program
 # (Wine's Winsock, over the host's loopback).
-add_executable(selvora_net_tests
+selvora_windows_tests(selvora_net_tests INTERNAL
   internal/net_test.cpp
   internal/net_windows_test.cpp
   internal/net_windows_servers_test.cpp
   support/platform.cpp
-  support/scratch_dir.cpp)
-target_include_directories(selvora_net_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-target_link_libraries(selvora_net_tests PRIVATE selvora_internal selvora_loopback_http_server
-  crypt32 GTest::gtest GTest::gtest_main)
-target_link_options(selvora_net_tests PRIVATE -static)
-add_test(NAME selvora_net_tests
-  COMMAND selvora_net_tests --gtest_filter=-HttpsThroughWinInet.*:PythonHttpServerBeside.*)
-set_tests_properties(selvora_net_tests PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
+  support/scratch_dir.cpp
+  ARGS --gtest_filter=-HttpsThroughWinInet.*:PythonHttpServerBeside.*)
+target_link_libraries(selvora_net_tests PRIVATE selvora_loopback_http_server crypt32)
 
 # The tool's tests run selvora.exe under Wine, with the programs of the Linux
 # build that tools/run windows names here: the tests' loopback server for
