@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -249,6 +250,45 @@ class Net : public ::testing::Test {
     void GoOffline(bool goingOnlineWorks) {
         machine_.goingOnlineWorks = goingOnlineWorks;
         conditions_.connectivity = &machine_;
+    }
+
+    // Page, download and matrix from the server at `base` ("https://host:port"),
+    // which serves "secure page" at /page, "secure symbol" at /symbol and
+    // `matrix` (16 doubles, little-endian) at /matrix: true when the three give
+    // 1 and those, or, with `expected` 0, give 0 and change nothing. What did
+    // not is written on stderr; nothing is asserted, so that a death test's
+    // child can use it too.
+    bool ExchangesGive(const std::string& base, int expected,
+                       const std::vector<std::uint64_t>& matrix) {
+        bool all = true;
+        auto check = [&](bool ok, const char* what) {
+            if (!ok)
+                std::fprintf(stderr, "%s: the %s did not give %d\n", base.c_str(), what, expected);
+            all = all && ok;
+        };
+        OvString out("keep");
+        check(OV_GetHtml((base + "/page").c_str(), &out) == expected &&
+                  Text(out) == (expected ? "secure page" : "keep"),
+              "page");
+
+        const fs::path file = dir_.Path() / "symbol.sym";
+        WriteFile(file, "old symbol");
+        std::string online = base + "/";
+        std::string url = base + "/symbol";
+        check(LoadSymbolInternet(online.data(), url.data(), file.string().c_str()) == expected &&
+                  ReadFile(file) == (expected ? "secure symbol" : "old symbol"),
+              "download");
+        fs::remove(file);
+
+        url = base + "/matrix";
+        unsigned char data[3] = {'a', 'b', 'c'};
+        Matrix3d m = Sentinel();
+        bool same = GetMatrixInternet(online.data(), url.data(), data, 3, &m) == expected;
+        for (int i = 0; i < 16; ++i)
+            same = same && (expected ? Bits(m.m[i / 4][i % 4]) == matrix[i]
+                                     : m.m[i / 4][i % 4] == 1000.0 + i);
+        check(same, "matrix");
+        return all;
     }
 
     // A page and a binary file put in `served`, then fetched and downloaded

@@ -173,26 +173,7 @@ class Https : public Net {
         server_.On("/page", Reply(200, "secure page"));
         server_.On("/symbol", Reply(200, "secure symbol"));
         server_.On("/matrix", Reply(200, LittleEndian(kWords)));
-        OvString out("keep");
-        EXPECT_EQ(expected, OV_GetHtml(front.Url("/page").c_str(), &out));
-        EXPECT_EQ(expected ? "secure page" : "keep", Text(out));
-
-        const fs::path file = dir_.Path() / "symbol.sym";
-        WriteFile(file, "old symbol");
-        std::string online = front.Url("/");
-        std::string url = front.Url("/symbol");
-        EXPECT_EQ(expected, LoadSymbolInternet(online.data(), url.data(), file.c_str()));
-        EXPECT_EQ(expected ? "secure symbol" : "old symbol", ReadFile(file));
-        fs::remove(file);
-
-        url = front.Url("/matrix");
-        unsigned char data[3] = {'a', 'b', 'c'};
-        Matrix3d m = Sentinel();
-        EXPECT_EQ(expected, GetMatrixInternet(online.data(), url.data(), data, 3, &m));
-        if (expected)
-            ExpectMatrixWords(m, kWords);
-        else
-            ExpectSentinel(m);
+        EXPECT_TRUE(ExchangesGive(front.Url(""), expected, kWords));
     }
 
     TestCa ca_;
