@@ -65,6 +65,9 @@ class Connectivity {
 // The platform's own. Linux has no offline mode: always online, nothing probed.
 const Connectivity& PlatformConnectivity();
 
+// The stall limit the exported exchanges run with.
+constexpr long kDefaultStallSeconds = 60;
+
 // What an exchange depends on besides its arguments: the connection the
 // online check asks and the time limits. The exported functions run with the
 // defaults; the tests pass their own.
@@ -72,7 +75,7 @@ struct Conditions {
     const Connectivity* connectivity = &PlatformConnectivity();
     // A transfer with no byte for this long fails. On Windows the exported
     // exchanges keep WinINet's own receive time-out; another value sets it.
-    long stallSeconds = 60;
+    long stallSeconds = kDefaultStallSeconds;
     long connectTimeoutMs = 15000;
 };
 

@@ -39,7 +39,7 @@ struct Transfer {
     CURL* curl = nullptr;
     BodySink* sink = nullptr;
     const Request* request = nullptr;
-    long stallSeconds = 60;
+    long stallSeconds = kDefaultStallSeconds;
     // Per response.
     Head head;
     bool statusOk = false;

@@ -150,7 +150,7 @@ int PerformOrThrow(const Request& r, BodySink* sink, bool* statusOk, const Condi
     if (!request) return 0;
     // The exported exchanges leave the receive time-out as Windows sets it; a
     // caller that changes the stall limit (the tests) sets it to that limit.
-    if (conditions.stallSeconds != Conditions().stallSeconds) {
+    if (conditions.stallSeconds != kDefaultStallSeconds) {
         DWORD stall = static_cast<DWORD>(conditions.stallSeconds * 1000);
         InternetSetOptionA(request.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &stall, sizeof stall);
     }
