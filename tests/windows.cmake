@@ -20,7 +20,6 @@ function(selvora_windows_tests name)
   if(NOT arg_OWN_MAIN)
     target_link_libraries(${name} PRIVATE GTest::gtest_main)
   endif()
-  target_link_options(${name} PRIVATE -static)
   add_test(NAME ${name} COMMAND ${name} ${arg_ARGS})
   set_tests_properties(${name} PROPERTIES ENVIRONMENT "WINEDEBUG=-all" TIMEOUT 900)
 endfunction()
@@ -56,7 +55,6 @@ add_executable(selvora_triangle_program ${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.
 set_target_properties(selvora_triangle_program PROPERTIES OUTPUT_NAME triangle)
 target_compile_definitions(selvora_triangle_program PRIVATE NO_TIMER)
 target_compile_options(selvora_triangle_program PRIVATE -ffp-contract=off -w)
-target_link_options(selvora_triangle_program PRIVATE -static)
 selvora_windows_tests(selvora_tessellation_tests OWN_MAIN
   tessellation/fatal_exit_test.cpp
   tessellation/tessellation_test.cpp
@@ -137,4 +135,3 @@ if(SELVORA_LINUX_BUILD_DIR AND TARGET selvora)
     "${SELVORA_CLI_ENVIRONMENT};SELVORA_INSTALLED=${SELVORA_TEST_PREFIX}/bin/selvora.exe;SELVORA_INSTALLED_LIBDIR=${SELVORA_TEST_PREFIX}/bin;SELVORA_OBJDUMP=${CMAKE_OBJDUMP}")
 endif()
 
-target_link_options(selvora_same_bits PRIVATE -static)

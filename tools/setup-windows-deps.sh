@@ -1,13 +1,21 @@
 #!/usr/bin/env bash
-# Prepares the Windows cross-build: installs MinGW-w64, Wine and zlib for
-# MinGW from Debian, fetches Debian's source packages of libjpeg-turbo,
-# libwebp, libzstd, xz-utils, libtiff, CLI11, libpng and GoogleTest, and
-# cross-builds them as static libraries into
-#   $SELVORA_CACHE_DIR/windows/prefix        (default ~/.cache/selvora)
-# with cmake/mingw-w64-x86_64.cmake. Triangle's source comes from
-# tools/setup-deps.sh, which this script runs first. Idempotent: what is built
-# is kept, and rebuilt only when a source package's version or its options
-# change. Runs as root or through sudo.
+# Prepares the Windows cross-build in the C++ ABI of Microsoft's compiler
+# (cmake/clang-msvc-x86_64.cmake), from Debian alone:
+#   - clang, lld and llvm 16, Wine and its Windows and C runtime headers;
+#   - import libraries for the Universal CRT, vcruntime140 and msvcp140, made
+#     with llvm-dlltool from the export tables of Wine's DLLs, and Wine's own
+#     import libraries of kernel32, user32, wininet and the other system DLLs;
+#   - libc++, built static for the msvc target from Debian's llvm-toolchain-16
+#     source package, on vcruntime140's exceptions and type information;
+#   - the project's start-up library (cmake/msvc/startup);
+#   - zlib, libjpeg-turbo, libwebp, libzstd, xz-utils, libtiff, CLI11, libpng,
+#     GoogleTest and Google Benchmark from Debian's source packages, as static
+#     libraries;
+# all into $SELVORA_CACHE_DIR/windows/msvc (default ~/.cache/selvora). Triangle's
+# source comes from tools/setup-deps.sh, which this script runs first.
+# Idempotent: what is built is kept, and rebuilt only when a source package's
+# version, its options or the project's start-up code change. Runs as root or
+# through sudo.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -16,7 +24,7 @@ export DEBIAN_FRONTEND=noninteractive
 
 "$root/tools/setup-deps.sh"
 
-PACKAGES=(g++-mingw-w64-x86-64-posix wine64 libz-mingw-w64-dev zip)
+PACKAGES=(clang-16 lld-16 llvm-16 wine64 libwine-dev zip ninja-build)
 missing=()
 for p in "${PACKAGES[@]}"; do
   dpkg-query -W -f='${Status}\n' "$p" 2>/dev/null | grep -q '^install ok installed$' ||
@@ -29,9 +37,10 @@ fi
 
 cache="${SELVORA_CACHE_DIR:-$HOME/.cache/selvora}/windows"
 sources="$cache/src"
-prefix="$cache/prefix"
-toolchain="$root/cmake/mingw-w64-x86_64.cmake"
-mkdir -p "$sources" "$prefix"
+prefix="$cache/msvc"
+toolchain="$root/cmake/clang-msvc-x86_64.cmake"
+wine_dlls=/usr/lib/x86_64-linux-gnu/wine/x86_64-windows
+mkdir -p "$sources" "$prefix/lib" "$cache/build"
 
 # fetch PACKAGE: the unpacked source of Debian's PACKAGE, patched; prints its
 # folder. The newest version apt offers that can be downloaded (a mirror may
@@ -63,9 +72,130 @@ fetch() {
   exit 1
 }
 
+# quietly LOG COMMAND...: runs the command with its output in LOG, shown (the
+# end of it) when it fails.
+quietly() {
+  local log="$1"
+  shift
+  if ! "$@" >"$log" 2>&1; then
+    tail -n 40 "$log" >&2
+    echo "failed: $* (log: $log)" >&2
+    exit 1
+  fi
+}
+
+# Import libraries. Wine's own import archives serve for the system DLLs.
+# Those of ucrtbase and vcruntime140 also hold Wine's start-up objects, and
+# msvcp140's lacks the C++ names: these three are made from the export tables
+# of Wine's DLLs instead. Wine's ucrtbase.dll also exports what Windows'
+# vcruntime140.dll alone has (the exception handlers, memcpy): those names are
+# left to vcruntime140.lib, so that a DLL imports them from where Windows has
+# them.
+for dll in kernel32 user32 wininet advapi32 crypt32 ws2_32; do
+  ln -sf "$wine_dlls/lib$dll.a" "$prefix/lib/$dll.lib"
+done
+exports() {
+  llvm-readobj-16 --coff-exports "$wine_dlls/$1.dll" | sed -n 's/^ *Name: \(..*\)$/\1/p' | sort -u
+}
+import_library() {
+  local dll="$1" names="$2"
+  {
+    echo "LIBRARY $dll.dll"
+    echo "EXPORTS"
+    cat "$names"
+  } >"$cache/build/$dll.def"
+  llvm-dlltool-16 -m i386:x86-64 -d "$cache/build/$dll.def" -l "$prefix/lib/$dll.lib"
+}
+if [ ! -f "$prefix/lib/ucrtbase.lib" ] || [ "$wine_dlls/ucrtbase.dll" -nt "$prefix/lib/ucrtbase.lib" ]; then
+  exports vcruntime140 >"$cache/build/vcruntime140.names"
+  exports ucrtbase | comm -23 - "$cache/build/vcruntime140.names" >"$cache/build/ucrtbase.names"
+  exports msvcp140 >"$cache/build/msvcp140.names"
+  for dll in vcruntime140 ucrtbase msvcp140; do
+    import_library "$dll" "$cache/build/$dll.names"
+  done
+fi
+
+# libc++ from llvm-toolchain-16: only its runtimes folders are unpacked from
+# the source package, with the Debian patches that touch only them.
+build_libcxx() {
+  local options=(-DLLVM_ENABLE_RUNTIMES=libcxx -DLIBCXX_CXX_ABI=vcruntime
+    -DLIBCXX_ENABLE_SHARED=OFF -DLIBCXX_ENABLE_STATIC=ON -DLIBCXX_ENABLE_FILESYSTEM=ON
+    -DLIBCXX_INCLUDE_TESTS=OFF -DLIBCXX_INCLUDE_BENCHMARKS=OFF -DLIBCXX_INCLUDE_DOCS=OFF
+    -DLIBCXX_HERMETIC_STATIC_LIBRARY=ON -DLLVM_INCLUDE_TESTS=OFF)
+  local overlay_sum version marker="$prefix/.libcxx.built"
+  overlay_sum=$(cat "$root"/cmake/msvc/include/* "$root"/cmake/msvc/rules.cmake "$toolchain" |
+    sha256sum | cut -c1-16)
+  version=$(apt-cache showsrc llvm-toolchain-16 | sed -n 's/^Version: //p' | sort -V -r | head -n1)
+  if [ -f "$marker" ] && [ "$(cat "$marker")" = "$version ${options[*]} $overlay_sum" ]; then
+    return
+  fi
+  local download="$sources/llvm-toolchain-16.download" tree="$sources/llvm-toolchain-16"
+  if [ "$(cat "$download/version" 2>/dev/null)" != "$version" ]; then
+    rm -rf "$download" "$tree"
+    mkdir -p "$download"
+    (cd "$download" && apt-get source -q --download-only "llvm-toolchain-16=$version" >&2)
+    echo "$version" >"$download/version"
+  fi
+  if [ ! -d "$tree" ]; then
+    local top
+    mkdir -p "$tree.tmp"
+    # The tarball's top folder is named like the tarball.
+    top=$(basename "$download"/llvm-toolchain-16_*.orig.tar.xz .orig.tar.xz)
+    tar -xJf "$download"/llvm-toolchain-16_*.orig.tar.xz -C "$tree.tmp" \
+      "$top/libcxx" "$top/libcxxabi" "$top/runtimes" "$top/cmake" "$top/llvm/cmake" \
+      "$top/llvm/utils/llvm-lit" "$top/third-party"
+    tar -xJf "$download"/llvm-toolchain-16_*.debian.tar.xz -C "$tree.tmp/$top"
+    local patch paths
+    while read -r patch; do
+      [ -f "$tree.tmp/$top/debian/patches/$patch" ] || continue
+      paths=$(sed -n 's#^+++ [^/]*/\([^[:space:]]*\).*#\1#p' "$tree.tmp/$top/debian/patches/$patch")
+      if [ -n "$paths" ] && ! grep -qvE '^(libcxx|libcxxabi|runtimes)/' <<<"$paths"; then
+        patch -d "$tree.tmp/$top" -p1 -s <"$tree.tmp/$top/debian/patches/$patch"
+      fi
+    done < <(grep -v '^#' "$tree.tmp/$top/debian/patches/series")
+    mv "$tree.tmp/$top" "$tree"
+    rm -rf "$tree.tmp"
+  fi
+  # The toolchain puts the installed headers first: a build beside an older
+  # copy would include_next into it.
+  rm -rf "$cache/build/libcxx" "$prefix/include/c++"
+  quietly "$cache/build/libcxx.log" cmake -G Ninja -S "$tree/runtimes" -B "$cache/build/libcxx" \
+    -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DSELVORA_MSVC_PREFIX="$prefix" \
+    -DCMAKE_TRY_COMPILE_TARGET_TYPE=STATIC_LIBRARY -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_INSTALL_PREFIX="$prefix" "${options[@]}"
+  quietly "$cache/build/libcxx.log" cmake --build "$cache/build/libcxx" -j "$(nproc)" --target install
+  # The linker's -lc++ finds c++.lib.
+  cp "$prefix/lib/libc++.lib" "$prefix/lib/c++.lib"
+  rm -rf "$cache/build/libcxx"
+  rm -f "$prefix/.startup.built"
+  echo "$version ${options[*]} $overlay_sum" >"$marker"
+}
+build_libcxx
+
+# The start-up library, compiled like the project's own code. What is built
+# after it is built again when it, the toolchain or the header additions change.
+build_startup() {
+  local startup="$root/cmake/msvc/startup" sum marker="$prefix/.startup.built"
+  sum=$(cat "$startup"/* "$root"/cmake/msvc/include/* "$root"/cmake/msvc/rules.cmake "$toolchain" |
+    sha256sum | cut -c1-16)
+  if [ -f "$marker" ] && [ "$(cat "$marker")" = "$sum" ]; then
+    return
+  fi
+  rm -rf "$cache/build/startup"
+  quietly "$cache/build/startup.log" cmake -G Ninja -S "$startup" -B "$cache/build/startup" \
+    -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DSELVORA_MSVC_PREFIX="$prefix" \
+    -DCMAKE_TRY_COMPILE_TARGET_TYPE=STATIC_LIBRARY -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_INSTALL_PREFIX="$prefix"
+  quietly "$cache/build/startup.log" cmake --build "$cache/build/startup" --target install
+  rm -rf "$cache/build/startup"
+  echo "$sum" >"$marker"
+}
+build_startup
+
 # build PACKAGE [--in SUBDIR] CMAKE_OPTION...: configures the source (or its
-# SUBDIR) with the options, builds it and installs it into the prefix. Built
-# again when the source package's version or the options change.
+# SUBDIR) with the options (and CFLAGS from the environment), builds it and
+# installs it into the prefix. Built again when the source package's version,
+# the options or the start-up library change.
 build() {
   local package="$1" source subdir=""
   shift
@@ -74,30 +204,37 @@ build() {
     shift 2
   fi
   source=$(fetch "$package")
-  local marker="$prefix/.$package.built"
-  if [ -f "$marker" ] && [ "$(cat "$marker")" = "$*" ]; then
+  local marker="$prefix/.$package.built" stamp
+  stamp="${CFLAGS:-} $* $(cat "$prefix/.startup.built")"
+  if [ -f "$marker" ] && [ "$(cat "$marker")" = "$stamp" ]; then
     return
   fi
   local tree="$cache/build/$package"
   rm -rf "$tree"
-  # The builds' own output goes to a log, shown when a step fails.
-  local log="$cache/build/$package.log"
-  mkdir -p "$cache/build"
-  if ! { cmake -S "$source$subdir" -B "$tree" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+  quietly "$cache/build/$package.log" cmake -G Ninja -S "$source$subdir" -B "$tree" \
+    -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DSELVORA_MSVC_PREFIX="$prefix" \
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" \
-    -DCMAKE_FIND_ROOT_PATH="$prefix" -DBUILD_SHARED_LIBS=OFF "$@" &&
-    cmake --build "$tree" -j "$(nproc)" --target install; } >"$log" 2>&1; then
-    tail -n 40 "$log" >&2
-    echo "building $package for Windows failed (log: $log)" >&2
-    exit 1
-  fi
+    -DCMAKE_FIND_ROOT_PATH="$prefix" -DBUILD_SHARED_LIBS=OFF "$@"
+  quietly "$cache/build/$package.log" cmake --build "$tree" -j "$(nproc)" --target install
   rm -rf "$tree"
-  echo "$*" >"$marker"
+  echo "$stamp" >"$marker"
 }
+
+# zlib, for libtiff's deflate and for libpng; the static library only.
+# Debian's source leaves out win32/, whose version resource zlib's CMake file
+# names for the DLL: a bare version resource stands in (the DLL is not
+# installed).
+zlib_source=$(fetch zlib)
+mkdir -p "$zlib_source/win32"
+printf '1 VERSIONINFO\nBEGIN\nEND\n' >"$zlib_source/win32/zlib1.rc"
+build zlib -DCMAKE_INSTALL_LIBDIR=lib
+rm -f "$prefix/lib/zlib.lib" "$prefix/bin/zlib.dll" "$prefix/bin/zlib1.dll"
 
 # The JPEG codec libtiff's JPEG and old-style JPEG compressions use. Its
 # portable C code, which decodes to the same bytes as the SIMD paths.
-build libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_SIMD=OFF -DWITH_TURBOJPEG=OFF
+# (INST_ID names the installer's templates, which its CMake file sets for
+# Microsoft's and GNU's compiler drivers only; the installer is not built.)
+build libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_SIMD=OFF -DWITH_TURBOJPEG=OFF -DINST_ID=vc
 
 # The other codecs Debian's libtiff decodes with: WebP, Zstandard and LZMA.
 build libwebp -DWEBP_BUILD_ANIM_UTILS=OFF -DWEBP_BUILD_CWEBP=OFF -DWEBP_BUILD_DWEBP=OFF \
@@ -107,31 +244,34 @@ build libwebp -DWEBP_BUILD_ANIM_UTILS=OFF -DWEBP_BUILD_CWEBP=OFF -DWEBP_BUILD_DW
 build libzstd --in build/cmake -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_BUILD_SHARED=OFF \
   -DZSTD_BUILD_STATIC=ON -DZSTD_BUILD_TESTS=OFF -DZSTD_MULTITHREAD_SUPPORT=OFF \
   -DCMAKE_INSTALL_LIBDIR=lib
-build xz-utils -DCMAKE_INSTALL_LIBDIR=lib -DBUILD_TESTING=OFF
+# (Its code calls _BitScanForward64 for Microsoft's compiler without including
+# <intrin.h>, where clang declares it.)
+CFLAGS="-include intrin.h" build xz-utils -DCMAKE_INSTALL_LIBDIR=lib -DBUILD_TESTING=OFF
 
 # libtiff with none, CCITT, PackBits, LZW, deflate (zlib), JPEG, old-style
 # JPEG, WebP, Zstandard and LZMA, and nothing it would load as another DLL.
 # (Debian's also reads LERC and JBIG, which this build leaves out.)
-build tiff -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF \
+# (LZMA_API_STATIC: liblzma is linked in, not imported from its DLL.)
+CFLAGS="-DLZMA_API_STATIC" build tiff -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF \
   -Dcxx=OFF -Dzlib=ON -Djpeg=ON -Dold-jpeg=ON -Dpixarlog=ON \
   -Dwebp=ON -Dzstd=ON -Dlzma=ON -Djbig=OFF -Dlerc=OFF -Dlibdeflate=OFF \
-  -DZLIB_LIBRARY=/usr/x86_64-w64-mingw32/lib/libz.a \
-  -DZLIB_INCLUDE_DIR=/usr/x86_64-w64-mingw32/include \
-  -DJPEG_LIBRARY="$prefix/lib/libjpeg.a" -DJPEG_INCLUDE_DIR="$prefix/include" \
-  -DWebP_LIBRARY="$prefix/lib/libwebp.a" -DWebP_INCLUDE_DIR="$prefix/include" \
-  -DZSTD_LIBRARY="$prefix/lib/libzstd.a" -DZSTD_INCLUDE_DIR="$prefix/include" \
-  -DLIBLZMA_LIBRARY="$prefix/lib/liblzma.a" -DLIBLZMA_INCLUDE_DIR="$prefix/include" \
-  -DCMAKE_INSTALL_LIBDIR=lib
+  -DZLIB_USE_STATIC_LIBS=ON -DCMAKE_INSTALL_LIBDIR=lib
 
 # CLI11 (headers only) for selvora.exe.
 build cli11 -DCLI11_BUILD_TESTS=OFF -DCLI11_BUILD_EXAMPLES=OFF -DCLI11_BUILD_DOCS=OFF
 
 # libpng, with which the image tests decode the reference renderings.
+# (Without its manual pages and pkg-config files, which its CMake file, cross
+# building from Linux, would install without having made them.)
 build libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF -DPNG_EXECUTABLES=OFF \
-  -DPNG_TOOLS=OFF -DZLIB_LIBRARY=/usr/x86_64-w64-mingw32/lib/libz.a \
-  -DZLIB_INCLUDE_DIR=/usr/x86_64-w64-mingw32/include -DCMAKE_INSTALL_LIBDIR=lib
+  -DPNG_TOOLS=OFF -DZLIB_USE_STATIC_LIBS=ON -DCMAKE_INSTALL_LIBDIR=lib -DSKIP_INSTALL_FILES=ON
 
-# GoogleTest and GoogleMock for the test programs.
-build googletest -Dgtest_disable_pthreads=OFF -DCMAKE_INSTALL_LIBDIR=lib
+# GoogleTest and GoogleMock for the test programs, Google Benchmark for the
+# benchmarks.
+build googletest -Dgtest_disable_pthreads=ON -Dgtest_force_shared_crt=ON -DCMAKE_INSTALL_LIBDIR=lib
+# (Debian's source reads no version from git: GIT_VERSION=0.0.0 makes it take
+# the project's.)
+build benchmark -DGIT_VERSION=0.0.0 -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF \
+  -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_ENABLE_INSTALL=ON -DCMAKE_INSTALL_LIBDIR=lib
 
 echo "Windows dependencies in $prefix"

@@ -18,6 +18,31 @@ int OvArrayGrownCapacity(int size, int capacity, int newSize, int growBy) {
 
 namespace {
 
+// The variable itself stays inside the library (internal linkage).
+template <class T>
+T& ThreadScratch() {
+    static thread_local T scratch;
+    return scratch;
+}
+
+}  // namespace
+
+template <class T>
+T& OvArrayScratch() {
+    T& scratch = ThreadScratch<T>();
+    scratch = T();
+    return scratch;
+}
+
+template SELVORA_API void*& OvArrayScratch<void*>();
+template SELVORA_API int& OvArrayScratch<int>();
+template SELVORA_API double& OvArrayScratch<double>();
+template SELVORA_API Point3d& OvArrayScratch<Point3d>();
+template SELVORA_API Vector3d& OvArrayScratch<Vector3d>();
+template SELVORA_API OvString& OvArrayScratch<OvString>();
+
+namespace {
+
 // Bytewise helpers for element types whose copies are plain byte copies.
 template <class T>
 void ZeroElements(T* at, long long count) {

@@ -5,6 +5,10 @@
 
 #include "tessellation/stack_room.h"
 
+// kernel32's, since Windows 8; Wine's headers leave it out.
+extern "C" __declspec(dllimport) void WINAPI
+    GetCurrentThreadStackLimits(PULONG_PTR low, PULONG_PTR high);
+
 namespace selvora {
 
 namespace {

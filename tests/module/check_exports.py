@@ -50,7 +50,11 @@ def owner(name):
         elif depth == 0 and (c == "(" or name.startswith("::", i)):
             break
         head += c
-    return re.sub(r"<.*>$", "", head.strip())
+    head = re.sub(r"<.*>$", "", head.strip())
+    # A function template's name comes after its return type.
+    if " " in head and "operator" not in head:
+        head = head.rsplit(" ", 1)[1]
+    return head
 
 
 def is_standard_library(name):

@@ -4,6 +4,8 @@
 
 #ifdef _WIN32
 #include <windows.h>
+#else
+#include <pthread.h>
 #endif
 
 namespace selvora_test {
@@ -32,6 +34,42 @@ void UnsetEnv(const std::string& name) {
     _putenv_s(name.c_str(), "");
 #else
     unsetenv(name.c_str());
+#endif
+}
+
+namespace {
+
+struct ThreadCall {
+    void (*body)(void*);
+    void* argument;
+};
+
+}  // namespace
+
+void RunOnThreadWithStack(std::size_t bytes, void (*body)(void*), void* argument) {
+    ThreadCall call{body, argument};
+#ifdef _WIN32
+    const auto start = [](void* c) -> DWORD {
+        static_cast<ThreadCall*>(c)->body(static_cast<ThreadCall*>(c)->argument);
+        return 0;
+    };
+    HANDLE thread =
+        CreateThread(nullptr, bytes, start, &call, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    if (!thread) std::abort();
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+#else
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, bytes);
+    pthread_t thread;
+    const auto start = [](void* c) -> void* {
+        static_cast<ThreadCall*>(c)->body(static_cast<ThreadCall*>(c)->argument);
+        return nullptr;
+    };
+    if (pthread_create(&thread, &attributes, start, &call) != 0) std::abort();
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
 #endif
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 
@@ -14,6 +15,10 @@ bool RunningUnderWine();
 // The process's environment: a variable set, replacing its value, or removed.
 void SetEnv(const std::string& name, const std::string& value);
 void UnsetEnv(const std::string& name);
+
+// Runs body(argument) on a new thread whose stack reserves \p bytes, and
+// waits for it to end.
+void RunOnThreadWithStack(std::size_t bytes, void (*body)(void*), void* argument);
 
 #ifdef _WIN32
 // The running program's own path.

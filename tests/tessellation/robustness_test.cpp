@@ -3,7 +3,6 @@
 // end with a result or with one of the fatal exits the interface defines
 // (its message boxes on stderr and status 1), within seconds.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <cmath>
 #include <cstdio>
@@ -159,17 +158,12 @@ int TessellateOnAThread(const Graph& g, std::size_t bytes) {
         const Graph* graph;
         int result;
     } call{&g, -1};
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, bytes);
-    pthread_t thread;
-    const auto body = [](void* c) -> void* {
-        static_cast<Call*>(c)->result = TessellateInBuffers(*static_cast<Call*>(c)->graph);
-        return nullptr;
-    };
-    if (pthread_create(&thread, &attributes, body, &call) != 0) std::abort();
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
+    selvora_test::RunOnThreadWithStack(
+        bytes,
+        [](void* c) {
+            static_cast<Call*>(c)->result = TessellateInBuffers(*static_cast<Call*>(c)->graph);
+        },
+        &call);
     return call.result;
 }
 

@@ -772,7 +772,10 @@ class MatrixTest(ServerCase):
 
 
 # The DLLs of Windows itself that the Windows build may import.
-WINDOWS_OWN_DLLS = {"kernel32.dll", "user32.dll", "wininet.dll", "msvcrt.dll"}
+# Windows' own DLLs, the Universal CRT and the C++ runtime of Visual Studio
+# 2015 and later: what a client built with /MD has already.
+WINDOWS_OWN_DLLS = {"kernel32.dll", "user32.dll", "wininet.dll", "ucrtbase.dll",
+                    "vcruntime140.dll"}
 
 
 def dll_imports(path):
@@ -806,12 +809,14 @@ class InstalledTest(ToolCase):
 
     def check_windows_imports(self, program, libdir):
         """selvora.exe takes the DLL beside it (where Windows looks first), and
-        neither needs a DLL beyond Windows' own."""
+        neither needs a DLL beyond Windows' own and the C runtime's: one C
+        runtime, and no C++ library DLL (msvcp140.dll)."""
         self.assertEqual(os.path.dirname(os.path.realpath(program)), libdir)
         library = pathlib.Path(libdir) / "Selvora100_64.dll"
         self.assertTrue(library.is_file())
         imports = dll_imports(program)
         self.assertIn("selvora100_64.dll", imports)
+        self.assertIn("ucrtbase.dll", dll_imports(library))
         for dll in imports + dll_imports(library):
             self.assertIn(dll, WINDOWS_OWN_DLLS | {"selvora100_64.dll"})
 

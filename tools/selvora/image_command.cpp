@@ -1,7 +1,7 @@
 // selvora image: loads a picture with CImage::Load and writes it as a PPM.
 #include <selvora/selvora.h>
-#include <strings.h>
 
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 
@@ -38,7 +38,14 @@ bool WritePpm(const std::string& path, CImage& image) {
 
 bool EndsWithNoCase(const std::string& text, const char* suffix) {
     const size_t n = std::strlen(suffix);
-    return text.size() >= n && strcasecmp(text.c_str() + text.size() - n, suffix) == 0;
+    if (text.size() < n) return false;
+    const char* tail = text.c_str() + text.size() - n;
+    for (size_t i = 0; i < n; ++i) {
+        if (std::tolower(static_cast<unsigned char>(tail[i])) !=
+            std::tolower(static_cast<unsigned char>(suffix[i])))
+            return false;
+    }
+    return true;
 }
 
 }  // namespace

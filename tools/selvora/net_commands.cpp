@@ -23,7 +23,7 @@ std::vector<char> Writable(const std::string& text) {
 
 bool ReadWholeFile(const std::string& path, std::vector<unsigned char>& bytes, std::string& error) {
     struct stat info;
-    if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (stat(path.c_str(), &info) != 0 || (info.st_mode & S_IFMT) != S_IFREG) {
         error = path + ": no such file";
         return false;
     }

@@ -109,7 +109,7 @@ int RunRecords(const std::string& path, const std::vector<std::string>& classNam
     if (classes.empty()) return Fail("no record classes given");
 
     struct stat info;
-    if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (stat(path.c_str(), &info) != 0 || (info.st_mode & S_IFMT) != S_IFREG) {
         return Fail(path + ": no such file");
     }
     FILE* file = std::fopen(path.c_str(), "rb");

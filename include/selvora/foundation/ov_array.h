@@ -9,6 +9,13 @@
 #include "selvora/foundation/ov_string.h"
 #include "selvora/kernel/point3d.h"
 
+/// The calling thread's scratch element of the arrays of T, reset to T() by
+/// every call: where ElementAt() refers outside an array's block. Defined in
+/// the library for the element types of its arrays (a thread-local variable
+/// cannot be part of a DLL's interface, so it stays inside).
+template <class T>
+SELVORA_API T& OvArrayScratch();
+
 /// Layout and growth rule shared by every array: data, size, capacity, growBy.
 /// When the array outgrows its block, the block grows by growBy elements, or,
 /// with growBy 0, by size / 8 held between 4 and 1024; never by less than the
@@ -38,7 +45,7 @@ class OvArrayLayout {
     /// index outside the allocated block refers to a scratch element instead
     /// of memory the array does not own (per thread, reset to T() by every
     /// such call).
-    T& ElementAt(int i) { return InBlock(i) ? m_pData[i] : Scratch(); }
+    T& ElementAt(int i) { return InBlock(i) ? m_pData[i] : OvArrayScratch<T>(); }
     /// ElementAt(i).
     T& operator[](int i) { return ElementAt(i); }
 
@@ -50,12 +57,6 @@ class OvArrayLayout {
     /// Capacity of the grown block for newSize elements, or -1 when it cannot
     /// be represented.
     int GrownCapacity(int newSize) const;
-    /// The per-thread scratch element, reset to T().
-    static T& Scratch() {
-        static thread_local T scratch;
-        scratch = T();
-        return scratch;
-    }
 
     T* m_pData;      ///< The block, or null.
     int m_nSize;     ///< Elements in use.
@@ -147,9 +148,11 @@ class SELVORA_API OvPodArray : public OvArrayLayout<T> {
     }
 };
 
-// Instantiated once, in the library. A Windows client instantiates the inline
-// members itself and imports the others (the class is dllimport there).
-#if !defined(_WIN32) || defined(SELVORA_BUILDING_LIBRARY)
+// Instantiated once, in the library. On Windows the class is dllexport in the
+// library (an extern template declaration would stop its export) and
+// dllimport in a client, which instantiates the inline members itself and
+// imports the others.
+#if !defined(_WIN32)
 extern template class OvPodArray<void*>;
 extern template class OvPodArray<int>;
 extern template class OvPodArray<double>;
