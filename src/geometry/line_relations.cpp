@@ -223,7 +223,7 @@ double Line::ProjectedLength(Line& other) {
 }
 
 double Line::ProjectedUnion(CArray<Line*, Line*>& lines) {
-    const int count = lines.GetSize();
+    const std::intptr_t count = lines.GetSize();
     if (count <= 0) return 0.0;
 
     // The stretch each line's projection covers.
@@ -233,7 +233,7 @@ double Line::ProjectedUnion(CArray<Line*, Line*>& lines) {
     } catch (const std::bad_alloc&) {
         return 0.0;
     }
-    for (int k = 0; k < count; ++k) {
+    for (std::intptr_t k = 0; k < count; ++k) {
         const Line* line = lines.GetAt(k);  // throws if the container shrank meanwhile
         if (!line) continue;                // a null entry covers nothing
         const Point3d s = line->GetStart(), e = line->GetEnd();

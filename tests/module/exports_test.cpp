@@ -93,6 +93,9 @@ TEST_F(Exports, ClassEntitiesAreExportedUnderTheirAbiNames) {
     EXPECT_TRUE(Has(SELVORA_NAME("_ZN4LineD1Ev", "??1Line@@UEAA@XZ")));
     EXPECT_TRUE(Has(SELVORA_NAME("_ZN4Line4copyEv", "?copy@Line@@UEAAPEAVGeometry@@XZ")));
     EXPECT_TRUE(Has(SELVORA_NAME("_ZTV4Line", "??_7Line@@6B@")));
+    // The caller's CArray in the name is MFC's class template CArray<Line*, Line*>.
+    EXPECT_TRUE(Has(SELVORA_NAME("_ZN4Line14ProjectedUnionER6CArrayIPS_S1_E",
+                                 "?ProjectedUnion@Line@@QEAANAEAV?$CArray@PEAVLine@@PEAV1@@@@Z")));
 }
 
 TEST_F(Exports, TheTriangulatorCompiledInIsHidden) {
