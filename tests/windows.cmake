@@ -25,8 +25,12 @@ function(selvora_windows_tests name)
 endfunction()
 
 selvora_windows_tests(selvora_core_tests ${SELVORA_CORE_TESTS} module/exports_test.cpp)
-# The export table is read from the DLL beside the program.
-target_compile_definitions(selvora_core_tests PRIVATE SELVORA_LIBRARY_PATH="Selvora100_64.dll")
+# The export table and the version resource are read from the DLL beside the
+# program.
+target_compile_definitions(selvora_core_tests PRIVATE SELVORA_LIBRARY_PATH="Selvora100_64.dll"
+  SELVORA_VERSION="${PROJECT_VERSION}" SELVORA_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+  SELVORA_VERSION_MINOR=${PROJECT_VERSION_MINOR} SELVORA_VERSION_PATCH=${PROJECT_VERSION_PATCH})
+target_link_libraries(selvora_core_tests PRIVATE version)
 
 # The image readers. The tests write TIFF files with libtiff and decode the
 # reference renderings with libpng: the static libraries of

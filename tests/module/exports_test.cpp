@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #ifdef _WIN32
 #include <windows.h>
+
+#include <string>
+#include <vector>
 #else
 #include <dlfcn.h>
 #endif
@@ -118,5 +121,36 @@ TEST_F(Exports, InternalsAreHidden) {
     EXPECT_FALSE(
         Has(SELVORA_NAME("_ZN7selvora14ShowMessageBoxEPKc", "?ShowMessageBox@selvora@@YAXPEBD@Z")));
 }
+
+#ifdef _WIN32
+// The DLL's version resource, which Windows shows in the file's properties.
+TEST(VersionResource, NamesTheProductAndItsVersion) {
+    DWORD ignored = 0;
+    const DWORD size = GetFileVersionInfoSizeA(SELVORA_LIBRARY_PATH, &ignored);
+    ASSERT_GT(size, 0u) << "no version resource: error " << GetLastError();
+    std::vector<char> data(size);
+    ASSERT_TRUE(GetFileVersionInfoA(SELVORA_LIBRARY_PATH, 0, size, data.data()));
+    VS_FIXEDFILEINFO* fixed = nullptr;
+    UINT length = 0;
+    ASSERT_TRUE(VerQueryValueA(data.data(), "\\", reinterpret_cast<void**>(&fixed), &length));
+    EXPECT_EQ(static_cast<DWORD>(MAKELONG(SELVORA_VERSION_MINOR, SELVORA_VERSION_MAJOR)),
+              fixed->dwFileVersionMS);
+    EXPECT_EQ(static_cast<DWORD>(MAKELONG(0, SELVORA_VERSION_PATCH)), fixed->dwFileVersionLS);
+    EXPECT_EQ(fixed->dwFileVersionMS, fixed->dwProductVersionMS);
+    EXPECT_EQ(static_cast<DWORD>(VFT_DLL), fixed->dwFileType);
+    const auto text = [&](const char* name) {
+        char* value = nullptr;
+        const std::string path = std::string("\\StringFileInfo\\040904B0\\") + name;
+        return VerQueryValueA(data.data(), path.c_str(), reinterpret_cast<void**>(&value),
+                              &length)
+                   ? std::string(value)
+                   : std::string("(none)");
+    };
+    EXPECT_EQ("Selvora", text("ProductName"));
+    EXPECT_EQ(SELVORA_VERSION, text("ProductVersion"));
+    EXPECT_EQ(SELVORA_VERSION, text("FileVersion"));
+    EXPECT_EQ("Selvora100_64.dll", text("OriginalFilename"));
+}
+#endif
 
 }  // namespace
