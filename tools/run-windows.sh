@@ -12,7 +12,8 @@
 #      loopback server and write_records
 #   5. the DLL's exports against the Linux library's, demangled
 #   6. the same-bits battery run on both sides and compared bit for bit
-#   7. the zip: build-windows/package/Selvora-<version>-win64.zip
+#   7. the zip: build-windows/package/Selvora-<version>-win64.zip, and
+#      clients built from it alone with clang-cl (tests/consumer)
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -68,5 +69,9 @@ rm -rf "$build/package"
 cpack --config "$build/CPackConfig.cmake" -B "$build/package"
 zip=$(ls "$build"/package/Selvora-*-win64.zip)
 python3 -m zipfile -l "$zip"
+
+# Clients built from the zip alone: by hand with clang-cl, and through its
+# CMake package with clang-cl and Ninja.
+"$root/tests/consumer/windows_clients.sh" "$zip" "$build/clients"
 echo "Windows: set-up ${setup_seconds} s, build ${build_seconds} s, tests ${test_seconds} s," \
   "all ${SECONDS} s; package $zip"

@@ -115,6 +115,11 @@ if [ ! -f "$prefix/lib/ucrtbase.lib" ] || [ "$wine_dlls/ucrtbase.dll" -nt "$pref
   done
 fi
 
+# clang in clang-cl mode, for the clients built as a Visual Studio user would
+# (cmake/clang-cl-x86_64.cmake): the driver takes its mode from its name.
+mkdir -p "$prefix/bin"
+ln -sf /usr/lib/llvm-16/bin/clang "$prefix/bin/clang-cl"
+
 # libc++ from llvm-toolchain-16: only its runtimes folders are unpacked from
 # the source package, with the Debian patches that touch only them.
 build_libcxx() {

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <exception>
+#include <typeinfo>
 
 #include <selvora/selvora.h>
 
@@ -110,7 +112,43 @@ int main() {
     GArc arc;
     Geometry* copy = arc.copy();
     check(copy && copy->isA("GArc"), "arc copy");
+    // Run-time types of objects the library made, seen from this program.
+    check(dynamic_cast<GArc*>(copy) != nullptr && typeid(*copy) == typeid(GArc),
+          "dynamic_cast and typeid across the library");
     delete copy;
+
+    // Records written to and read from streams this program opened: the
+    // library and its clients share one C runtime.
+    const char* record = "consumer-line.rec";
+    Point3d rs(1.5, -2.0, 3.25), re(-4.0, 0.5, 8.0);
+    Line saved(rs, re);
+    FILE* out = std::fopen(record, "wb");
+    if (out) {
+        saved.Save(out);
+        std::fclose(out);
+    }
+    Line loaded;
+    FILE* in = std::fopen(record, "rb");
+    if (in) {
+        loaded.Load(in);
+        check(std::ftell(in) == 48, "a Line record is 48 bytes");
+        std::fclose(in);
+    }
+    check(in && loaded.GetStart() == rs && loaded.GetEnd() == re,
+          "records through this program's FILE*");
+    std::remove(record);
+
+    // The caller's CArray, and an exception from its GetAt through the library.
+    CArray<Line*, Line*> lines;
+    lines.Add(&line);
+    check(line.ProjectedUnion(lines) == 4.0, "ProjectedUnion over a CArray");
+    bool caught = false;
+    try {
+        lines.GetAt(1);
+    } catch (const std::exception&) {
+        caught = true;
+    }
+    check(caught, "CArray's bad index throws");
 
     double *xy, *seeds;
     int *ends, *corners;

@@ -15,6 +15,7 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
 
 BOOL WINAPI _DllMainCRTStartup(HINSTANCE instance, DWORD reason, LPVOID reserved) {
     if (reason == DLL_PROCESS_ATTACH) {
+        selvora_init_security_cookie();
         if (selvora_initialize_module() != 0) return FALSE;
         if (!DllMain(instance, reason, reserved)) {
             selvora_finalize_dll();

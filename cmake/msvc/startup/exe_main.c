@@ -9,6 +9,7 @@
 int main(int argc, char** argv, char** environment);
 
 int mainCRTStartup(void) {
+    selvora_init_security_cookie();
     selvora_module_is_program = 1;
     _set_app_type(_crt_console_app);
     _configure_narrow_argv(_crt_argv_unexpanded_arguments);

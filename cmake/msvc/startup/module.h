@@ -8,3 +8,6 @@ extern int selvora_module_is_program;
 int selvora_initialize_module(void);
 // Runs a DLL's atexit list and frees its type names.
 void selvora_finalize_dll(void);
+// Gives the module's /GS stack cookie its unpredictable value: called first
+// by each entry point, before any function that checks the cookie.
+void selvora_init_security_cookie(void);
