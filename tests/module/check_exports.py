@@ -5,7 +5,7 @@ Every defined dynamic symbol must belong to what the public headers export:
 a member, virtual table or type information of a class marked SELVORA_API,
 or a free function or operator marked SELVORA_API (or SELVORA_INLINE_API). The C++ standard
 library's template instantiations, which compilers export as weak symbols
-each its own set, must stay local (cmake/exports.map). Nothing of the
+each its own set, must stay local (src/module/exports.map). Nothing of the
 triangulator compiled into the library may show, and the library must not
 depend on a triangulator library.
 

@@ -21,7 +21,7 @@
 #include <utility>
 #include <vector>
 
-#include "internal/net_fixture.h"
+#include "net/net_fixture.h"
 #include "support/tls_loopback.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "internal/net_fixture.h"
+#include "net/net_fixture.h"
 
 namespace {
 

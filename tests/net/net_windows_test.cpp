@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "internal/net_fixture.h"
+#include "net/net_fixture.h"
 
 namespace {
 

@@ -25,7 +25,7 @@
 #include <string>
 #include <vector>
 
-#include "internal/net_fixture.h"
+#include "net/net_fixture.h"
 
 namespace {
 
