@@ -7,12 +7,13 @@
 // way is checked once against the generated pixels before it is timed.
 #include <benchmark/benchmark.h>
 #include <tiffio.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -118,10 +119,17 @@ struct Files {
     bool ok = false;
 
     Files() {
-        const char* tmp = std::getenv("TMPDIR");
-        std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/image_bench-XXXXXX";
-        if (!mkdtemp(&pattern[0])) return;
-        dir = pattern;
+        // A folder of its own in the system's temporary folder.
+        std::error_code error;
+        const std::filesystem::path base = std::filesystem::temp_directory_path(error);
+        if (error) return;
+        std::random_device random;
+        for (int attempt = 0; attempt < 100 && dir.empty(); ++attempt) {
+            const std::filesystem::path candidate =
+                base / ("image_bench-" + std::to_string(random()));
+            if (std::filesystem::create_directory(candidate, error)) dir = candidate.string();
+        }
+        if (dir.empty()) return;
         bmp = dir + "/picture.bmp";
         tif = dir + "/picture.tif";
         planes = dir + "/planes.tif";
@@ -133,7 +141,8 @@ struct Files {
         std::remove(bmp.c_str());
         std::remove(tif.c_str());
         std::remove(planes.c_str());
-        rmdir(dir.c_str());
+        std::error_code ignored;
+        std::filesystem::remove(dir, ignored);
     }
 };
 

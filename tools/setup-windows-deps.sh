@@ -91,7 +91,7 @@ quietly() {
 # vcruntime140.dll alone has (the exception handlers, memcpy): those names are
 # left to vcruntime140.lib, so that a DLL imports them from where Windows has
 # them.
-for dll in kernel32 user32 wininet advapi32 crypt32 ws2_32 version; do
+for dll in kernel32 user32 wininet advapi32 crypt32 ws2_32 version shlwapi; do
   ln -sf "$wine_dlls/lib$dll.a" "$prefix/lib/$dll.lib"
 done
 exports() {
