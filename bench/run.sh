@@ -27,26 +27,14 @@ for program in array_bench matrix_bench geometry_bench tessellation_bench net_be
         --benchmark_out="$build/$program.json" --benchmark_out_format=json "$@"
 done
 
-python3 - "$build/array_bench.json" "$build/matrix_bench.json" "$build/geometry_bench.json" \
-    "$build/tessellation_bench.json" "$build/net_bench.json" "$build/image_bench.json" <<'PY'
-import json
+PYTHONPATH="$root/bench" python3 - "$build/array_bench.json" "$build/matrix_bench.json" \
+    "$build/geometry_bench.json" "$build/tessellation_bench.json" "$build/net_bench.json" \
+    "$build/image_bench.json" <<'PY'
 import sys
 
-NS_PER_UNIT = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+from fastest_times import fastest
 
-# Real time in ns per benchmark: the fastest of its repetitions.
-times = {}
-for path in sys.argv[1:]:
-    with open(path) as f:
-        entries = json.load(f)["benchmarks"]
-    for e in entries:
-        if e.get("error_occurred"):
-            sys.exit(f"{e['name']}: {e.get('error_message', 'failed')}")
-        if e.get("run_type") == "aggregate":
-            continue
-        ns = e["real_time"] * NS_PER_UNIT[e["time_unit"]]
-        name = e.get("run_name", e["name"])
-        times[name] = min(ns, times.get(name, ns))
+times = fastest(sys.argv[1:])
 
 # (library benchmark, reference benchmark, goal or None when only reported)
 RATIOS = [
