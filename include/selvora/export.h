@@ -26,6 +26,17 @@
 #define SELVORA_INLINE_API SELVORA_API
 #endif
 
+/// \def SELVORA_HOT_INLINE
+/// `inline`, for the inline members on the kernel's hot paths that build and
+/// return an object. A Windows client's compiler would call the DLL's copy of
+/// such a member of an imported class rather than inline it (clang does), so
+/// there it is `__forceinline`.
+#if defined(_WIN32) && !defined(SELVORA_BUILDING_LIBRARY)
+#define SELVORA_HOT_INLINE __forceinline
+#else
+#define SELVORA_HOT_INLINE inline
+#endif
+
 /// \def SELVORA_PRINTF(fmt, args)
 /// Lets the compiler check printf-style arguments where it can: \p fmt is the
 /// 1-based position of the format argument (counting `this`), \p args that of

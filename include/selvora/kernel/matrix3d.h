@@ -34,7 +34,7 @@ class SELVORA_API Matrix3d {
              double a9, double a10, double a11, double a12, double a13, double a14, double a15,
              double a16);
     /// Copies the entries; returns a copy, not a reference.
-    Matrix3d operator=(Matrix3d other) {
+    SELVORA_HOT_INLINE Matrix3d operator=(Matrix3d other) {
         for (int r = 0; r < 4; ++r)
             for (int c = 0; c < 4; ++c) m[r][c] = other.m[r][c];
         return *this;
@@ -102,7 +102,7 @@ class SELVORA_API Matrix3d {
 // Each entry of the product is ((a0*b0 + a1*b1) + a2*b2) + a3*b3, summed in
 // that order; accumulating a whole row at a time keeps that order and lets
 // the compiler work on several entries at once.
-inline Matrix3d Matrix3d::operator*(Matrix3d b) const {
+SELVORA_HOT_INLINE Matrix3d Matrix3d::operator*(Matrix3d b) const {
     Matrix3d r;
     for (int i = 0; i < 4; ++i) {
         double row[4];

@@ -27,7 +27,7 @@ class SELVORA_API Point3d {
     Point3d(const Point3d& p) = default;
 
     /// Copies the coordinates; returns a copy, not a reference.
-    Point3d operator=(Point3d p) {
+    SELVORA_HOT_INLINE Point3d operator=(Point3d p) {
         x = p.x;
         y = p.y;
         z = p.z;
