@@ -40,7 +40,8 @@ TEST(CArray, ABadIndexThrowsInvalidArgument) {
 }
 
 // MFC's CArray: a CObject (a virtual table pointer), then the block, the
-// size, the capacity and the growth step, each pointer-sized.
+// size, the capacity and the growth step, each pointer-sized. This one keeps
+// the first word free.
 TEST(CArrayLayout, IsMfcs) {
     static_assert(sizeof(CArray<Line*, Line*>) == 5 * sizeof(void*), "five words");
     Point3d s(0.0, 0.0, 0.0), e(1.0, 0.0, 0.0);
@@ -50,7 +51,7 @@ TEST(CArrayLayout, IsMfcs) {
     lines.Add(&l2);
     lines.Add(&l3);
     const std::intptr_t* words = Words(lines);
-    EXPECT_NE(0, words[0]);  // the virtual table
+    EXPECT_EQ(0, words[0]);  // where MFC's has its virtual table
     Line* const* block = reinterpret_cast<Line* const*>(words[1]);
     ASSERT_NE(nullptr, block);
     EXPECT_EQ(&l1, block[0]);

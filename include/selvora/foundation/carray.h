@@ -13,9 +13,11 @@
 /// A growable array of TYPE passed as ARG_TYPE, with the members client code
 /// uses. GetAt checks its index and throws std::invalid_argument when it is bad.
 ///
-/// Laid out as MFC's CArray is (a virtual table pointer, then the block, the
-/// size, the capacity and the growth step, all pointer-sized), so that the
-/// library reads an MFC client's array the same way. Header-only: the library
+/// Laid out as MFC's CArray is (its virtual table pointer, then the block,
+/// the size, the capacity and the growth step, all pointer-sized), so that
+/// the library reads an MFC client's array the same way. The first word is a
+/// place holder here: this class has no virtual functions, so the library's
+/// reads never depend on an object's dynamic type. Header-only: the library
 /// never exports or allocates one; the caller owns it and its elements (for a
 /// CArray of pointers, what they point to as well).
 template <class TYPE, class ARG_TYPE = const TYPE&>
@@ -24,8 +26,8 @@ class CArray {
     CArray() = default;
     CArray(const CArray&) = delete;
     CArray& operator=(const CArray&) = delete;
-    /// Frees the block. Virtual, as MFC's is: its place in the layout.
-    virtual ~CArray() { delete[] m_pData; }
+    /// Frees the block.
+    ~CArray() { delete[] m_pData; }
 
     /// Number of elements.
     std::intptr_t GetSize() const { return m_nSize; }
@@ -64,6 +66,7 @@ class CArray {
         m_nMaxSize = capacity;
     }
 
+    const void* m_vtableSlot = nullptr;  // where MFC's array has its virtual table pointer
     TYPE* m_pData = nullptr;
     std::intptr_t m_nSize = 0;
     std::intptr_t m_nMaxSize = 0;
