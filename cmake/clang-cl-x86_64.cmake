@@ -9,7 +9,7 @@
 # import libraries of tools/setup-windows-deps.sh.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)
-include(${CMAKE_CURRENT_LIST_DIR}/msvc/prefix.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/msvc/runtime.cmake)
 
 # clang in clang-cl mode: a link named clang-cl (tools/setup-windows-deps.sh).
 set(CMAKE_C_COMPILER ${SELVORA_MSVC_PREFIX}/bin/clang-cl)
@@ -24,21 +24,21 @@ set(CMAKE_CROSSCOMPILING_EMULATOR /usr/lib/wine/wine64)
 
 # The headers, in the order libc++ needs them (it comes before the compiler's
 # own); clang-cl's /imsvc would put the compiler's first.
-set(wine_include /usr/include/wine/wine)
 set(headers /clang:-nostdinc)
-foreach(folder ${SELVORA_MSVC_PREFIX}/include/c++/v1 /usr/lib/llvm-16/lib/clang/16/include
-               ${CMAKE_CURRENT_LIST_DIR}/msvc/include ${wine_include}/msvcrt ${wine_include}/windows)
+foreach(folder ${SELVORA_MSVC_HEADER_FOLDERS})
   string(APPEND headers " /clang:-isystem${folder}")
 endforeach()
+list(JOIN SELVORA_MSVC_DEFINITIONS " " definitions)
 # (So the include folders of imported packages come as /I, not as /imsvc,
 # which -nostdinc would drop.)
 set(CMAKE_NO_SYSTEM_FROM_IMPORTED ON)
-set(CMAKE_C_FLAGS_INIT "${headers} -DWINE_UNICODE_NATIVE -DUSE_COMPILER_EXCEPTIONS")
+set(CMAKE_C_FLAGS_INIT "${headers} ${definitions}")
 set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT}")
 
-# What the linker takes from Visual Studio's libraries: the start-up code,
-# the C++ library, the Universal CRT, vcruntime140 and kernel32.
-set(link_flags "/nodefaultlib /libpath:${SELVORA_MSVC_PREFIX}/lib selvora_msvc_startup.lib c++.lib ucrtbase.lib vcruntime140.lib msvcp140.lib kernel32.lib")
+# What the linker takes from Visual Studio's libraries: the run-time libraries.
+list(TRANSFORM SELVORA_MSVC_RUNTIME_LIBRARIES APPEND .lib OUTPUT_VARIABLE libraries)
+list(JOIN libraries " " libraries)
+set(link_flags "/nodefaultlib /libpath:${SELVORA_MSVC_PREFIX}/lib ${libraries}")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${link_flags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${link_flags}")
 set(CMAKE_USER_MAKE_RULES_OVERRIDE ${CMAKE_CURRENT_LIST_DIR}/msvc/rules.cmake)

@@ -17,7 +17,7 @@
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)
 
-include(${CMAKE_CURRENT_LIST_DIR}/msvc/prefix.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/msvc/runtime.cmake)
 
 set(triple x86_64-pc-windows-msvc)
 # From LLVM 16's own folder, so that the driver runs the lld-link beside it.
@@ -34,34 +34,32 @@ set(CMAKE_RANLIB ${llvm_bin}/llvm-ranlib CACHE FILEPATH "")
 set(CMAKE_MT ${llvm_bin}/llvm-mt CACHE FILEPATH "")
 set(CMAKE_CROSSCOMPILING_EMULATOR /usr/lib/wine/wine64)
 
-# Headers: libc++ first (C++ only), then the additions to Wine's headers that
-# libc++ and Microsoft's ABI need (cmake/msvc/include), then Wine's C runtime
-# and Windows headers. WINE_UNICODE_NATIVE makes WCHAR wchar_t, as it is for
-# Microsoft's compiler, so that wide-string functions mangle the same;
-# USE_COMPILER_EXCEPTIONS declares GetExceptionCode() and its kin for the
-# compiler's own __try and __except.
-set(wine_include /usr/include/wine/wine)
-set(clang_include /usr/lib/llvm-16/lib/clang/16/include)
-set(c_headers "-nostdinc -isystem ${clang_include} -isystem ${CMAKE_CURRENT_LIST_DIR}/msvc/include -isystem ${wine_include}/msvcrt -isystem ${wine_include}/windows")
+# Headers: libc++ (C++ only), then the rest of SELVORA_MSVC_HEADER_FOLDERS.
+list(GET SELVORA_MSVC_HEADER_FOLDERS 0 libcxx_headers)
+set(c_headers -nostdinc)
+foreach(folder ${SELVORA_MSVC_HEADER_FOLDERS})
+  if(NOT folder STREQUAL libcxx_headers)
+    string(APPEND c_headers " -isystem ${folder}")
+  endif()
+endforeach()
+list(JOIN SELVORA_MSVC_DEFINITIONS " " definitions)
 # Every function and datum in a section of its own, so that the linker leaves
 # out what nothing uses (and the DLLs only that would need).
-set(c_flags "${c_headers} -DWINE_UNICODE_NATIVE -DUSE_COMPILER_EXCEPTIONS -ffunction-sections -fdata-sections")
+set(c_flags "${c_headers} ${definitions} -ffunction-sections -fdata-sections")
 set(CMAKE_C_FLAGS_INIT "${c_flags}")
-set(CMAKE_CXX_FLAGS_INIT "-isystem ${SELVORA_MSVC_PREFIX}/include/c++/v1 ${c_flags}")
-set(CMAKE_RC_FLAGS_INIT "-I ${wine_include}/windows")
+set(CMAKE_CXX_FLAGS_INIT "-isystem ${libcxx_headers} ${c_flags}")
+set(CMAKE_RC_FLAGS_INIT "-I ${SELVORA_MSVC_WINE_INCLUDE}/windows")
 
 # Linking: lld-link, no default library at all (the objects name Microsoft's
 # static runtime libraries, which do not exist here), and instead the
-# start-up library, libc++, the Universal CRT, vcruntime140 and kernel32, for
-# every program and DLL (CMake's own checks included). msvcp140 only resolves
-# libc++'s exception_ptr, which the linker leaves out unless a program uses
-# it. cmake/msvc/rules.cmake drops the platform's other default libraries.
-set(runtime_libraries
-  "-lselvora_msvc_startup -lc++ -lucrtbase -lvcruntime140 -lmsvcp140 -lkernel32")
-# (The compiler flags come again on the driver's link line, where the header
-# options are unused.)
+# run-time libraries, for every program and DLL (CMake's own checks
+# included). cmake/msvc/rules.cmake drops the platform's other default
+# libraries. (The compiler flags come again on the driver's link line, where
+# the header options are unused.)
+list(TRANSFORM SELVORA_MSVC_RUNTIME_LIBRARIES PREPEND -l OUTPUT_VARIABLE libraries)
+list(JOIN libraries " " libraries)
 set(CMAKE_EXE_LINKER_FLAGS_INIT
-  "-Wno-unused-command-line-argument -fuse-ld=lld -nostdlib -Xlinker /nodefaultlib -L${SELVORA_MSVC_PREFIX}/lib ${runtime_libraries}")
+  "-Wno-unused-command-line-argument -fuse-ld=lld -nostdlib -Xlinker /nodefaultlib -L${SELVORA_MSVC_PREFIX}/lib ${libraries}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${CMAKE_EXE_LINKER_FLAGS_INIT}")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "${CMAKE_EXE_LINKER_FLAGS_INIT}")
 set(CMAKE_USER_MAKE_RULES_OVERRIDE ${CMAKE_CURRENT_LIST_DIR}/msvc/rules.cmake)

@@ -120,6 +120,11 @@ fi
 mkdir -p "$prefix/bin"
 ln -sf /usr/lib/llvm-16/bin/clang "$prefix/bin/clang-cl"
 
+# What libc++ and everything after it are built again for: the toolchain
+# file, what it includes and the header additions.
+toolchain_sum=$(cat "$toolchain" "$root"/cmake/msvc/*.cmake "$root"/cmake/msvc/include/* |
+  sha256sum | cut -c1-16)
+
 # libc++ from llvm-toolchain-16: only its runtimes folders are unpacked from
 # the source package, with the Debian patches that touch only them.
 build_libcxx() {
@@ -127,11 +132,9 @@ build_libcxx() {
     -DLIBCXX_ENABLE_SHARED=OFF -DLIBCXX_ENABLE_STATIC=ON -DLIBCXX_ENABLE_FILESYSTEM=ON
     -DLIBCXX_INCLUDE_TESTS=OFF -DLIBCXX_INCLUDE_BENCHMARKS=OFF -DLIBCXX_INCLUDE_DOCS=OFF
     -DLIBCXX_HERMETIC_STATIC_LIBRARY=ON -DLLVM_INCLUDE_TESTS=OFF)
-  local overlay_sum version marker="$prefix/.libcxx.built"
-  overlay_sum=$(cat "$root"/cmake/msvc/include/* "$root"/cmake/msvc/rules.cmake "$toolchain" |
-    sha256sum | cut -c1-16)
+  local version marker="$prefix/.libcxx.built"
   version=$(apt-cache showsrc llvm-toolchain-16 | sed -n 's/^Version: //p' | sort -V -r | head -n1)
-  if [ -f "$marker" ] && [ "$(cat "$marker")" = "$version ${options[*]} $overlay_sum" ]; then
+  if [ -f "$marker" ] && [ "$(cat "$marker")" = "$version ${options[*]} $toolchain_sum" ]; then
     return
   fi
   local download="$sources/llvm-toolchain-16.download" tree="$sources/llvm-toolchain-16"
@@ -169,11 +172,9 @@ build_libcxx() {
     -DCMAKE_TRY_COMPILE_TARGET_TYPE=STATIC_LIBRARY -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_INSTALL_PREFIX="$prefix" "${options[@]}"
   quietly "$cache/build/libcxx.log" cmake --build "$cache/build/libcxx" -j "$(nproc)" --target install
-  # The linker's -lc++ finds c++.lib.
-  cp "$prefix/lib/libc++.lib" "$prefix/lib/c++.lib"
   rm -rf "$cache/build/libcxx"
   rm -f "$prefix/.startup.built"
-  echo "$version ${options[*]} $overlay_sum" >"$marker"
+  echo "$version ${options[*]} $toolchain_sum" >"$marker"
 }
 build_libcxx
 
@@ -181,8 +182,7 @@ build_libcxx
 # after it is built again when it, the toolchain or the header additions change.
 build_startup() {
   local startup="$root/cmake/msvc/startup" sum marker="$prefix/.startup.built"
-  sum=$(cat "$startup"/* "$root"/cmake/msvc/include/* "$root"/cmake/msvc/rules.cmake "$toolchain" |
-    sha256sum | cut -c1-16)
+  sum=$(cat "$startup"/* | sha256sum | cut -c1-16)-$toolchain_sum
   if [ -f "$marker" ] && [ "$(cat "$marker")" = "$sum" ]; then
     return
   fi

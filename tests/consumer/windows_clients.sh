@@ -31,7 +31,7 @@ done
   /c /Fo"$work/by-hand/main.obj" -- "$root/tests/consumer/main.cpp"
 /usr/lib/llvm-16/bin/lld-link /nologo /out:"$work/by-hand/consumer.exe" "$work/by-hand/main.obj" \
   "$work/package/lib/Selvora100_64.lib" /nodefaultlib /libpath:"$prefix/lib" \
-  selvora_msvc_startup.lib c++.lib ucrtbase.lib vcruntime140.lib msvcp140.lib kernel32.lib
+  selvora_msvc_startup.lib libc++.lib ucrtbase.lib vcruntime140.lib msvcp140.lib kernel32.lib
 cp "$work/package/bin/Selvora100_64.dll" "$work/by-hand/"
 (cd "$work/by-hand" && /usr/lib/wine/wine64 consumer.exe)
 
