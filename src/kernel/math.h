@@ -1,17 +1,24 @@
-// The trigonometric functions the library computes with: the C runtime's
-// (glibc on Linux, the Universal CRT on Windows).
+// The trigonometric functions the library computes with: its own, correctly
+// rounded (the double nearest to the exact value, ties to even) for every
+// argument, so that a result is a property of the argument alone, the same
+// bits on every platform and with every C runtime.
+//
+// Each function evaluates a fast path in double-double arithmetic
+// (double_double.h) and keeps its result when a rounding test proves it
+// correctly rounded; the rare arguments the test cannot decide go to the
+// precise path (precise_math.h). Special arguments follow C's Annex F: signed
+// zeros, infinities, NaN, acos outside [-1, 1]. The default rounding mode
+// (to nearest) is assumed, as everywhere in the library.
 #pragma once
-
-#include <cmath>
 
 namespace selvora {
 namespace math {
 
-inline double Sin(double x) { return std::sin(x); }
-inline double Cos(double x) { return std::cos(x); }
-inline double Acos(double x) { return std::acos(x); }
-inline double Atan(double x) { return std::atan(x); }
-inline double Atan2(double y, double x) { return std::atan2(y, x); }
+double Sin(double x);
+double Cos(double x);
+double Acos(double x);
+double Atan(double x);
+double Atan2(double y, double x);
 
 }  // namespace math
 }  // namespace selvora

@@ -1,0 +1,526 @@
+// atan, atan2 and acos, correctly rounded (math.h).
+//
+// All three come down to an angle
+//
+//     theta = Q + sigma atan(z),   z = n / d,   0 < n <= d,
+//
+// with Q one of 0, pi/2, pi and sigma = +-1 chosen by the quadrant: atan(x) is
+// atan(|x|) for |x| <= 1 and pi/2 - atan(1/|x|) beyond; atan2 divides the
+// smaller magnitude by the larger; acos(x) is atan2(sqrt(1 - x^2), x). With
+// the table point c = i/256 nearest z (arc_tangent_table.h holds atan(c) as a
+// double-double),
+//
+//     atan(z) = atan(c) + atan(u),   u = (z - c) / (1 + z c) = (n - c d) / (d + c n),
+//
+// |u| <= 2^-9 (1 + 2^-6), and atan(u) = u + u^3 P(u^2) with P of degree 2
+// (acos uses an arc sine instead, see there). Everything is evaluated in
+// double-double arithmetic (double_double.h); Finish gives the result as hi + lo
+// with a bound err on its distance to theta, and the rounding test RoundsToOne
+// keeps it when every number within err of it rounds to the same double. The
+// rare undecided arguments, and atan2's results below 2^-1021, go to the precise
+// path (precise_math.h).
+//
+// Notation for the bounds: eps = 2^-53 (the unit roundoff), RN() rounding to
+// nearest, theta the exact angle, taken > 0 (the sign of the argument is
+// applied at the end, which is exact since rounding to nearest is symmetric).
+// Lower bounds on theta that turn absolute errors into relative ones:
+// theta >= atan(2^-8) - 2^-9 (1 + 2^-6) >= 0.98 2^-9 when Q = 0 and c > 0,
+// theta >= |u| (1 - 2^-18) when Q = 0 and c = 0 (then u = z), and
+// theta >= pi/4 - 2^-50 otherwise. In each case |u| <= 1.04 theta and
+// |Q| + atan(c) + |Q + sigma atan(c)| <= 5 theta.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "kernel/arc_tangent_table.h"
+#include "kernel/double_double.h"
+#include "kernel/math.h"
+#include "kernel/precise_math.h"
+
+namespace selvora {
+namespace math {
+namespace {
+
+using arc_tangent::kAtanTable;
+using arc_tangent::kCosAtanTable;
+using arc_tangent::kHalfPiHi;
+using arc_tangent::kHalfPiLo;
+
+// NearestPoint rounds to multiples of 2^-8.
+static_assert(arc_tangent::kTablePoints == 256, "the table's points are i/256");
+
+// pi as a double-double: twice pi/2, exactly; kPiHi is pi rounded to nearest.
+constexpr double kPiHi = 2 * kHalfPiHi;
+constexpr double kPiLo = 2 * kHalfPiLo;
+
+// The two series an angle is finished with, F(u) = u + u^3 (c3 + c5 u^2 +
+// c7 u^4) + c9 u^9 + ..., Taylor's coefficients rounded to nearest (c9, left
+// out, is 1/9 for atan and 35/1152 for asin); F'(u) = 1 + slope u^2 + O(u^4).
+// cube_error is the coefficient of |u.hi|^3 in Finish's error bound.
+struct AtanSeries {
+    static constexpr double c3 = -1.0 / 3;
+    static constexpr double c5 = 1.0 / 5;
+    static constexpr double c7 = -1.0 / 7;
+    static constexpr double slope = -1.0;
+    static constexpr double cube_error = 0x1.8p-52;  // 3 eps
+};
+
+struct AsinSeries {
+    static constexpr double c3 = 1.0 / 6;
+    static constexpr double c5 = 3.0 / 40;
+    static constexpr double c7 = 5.0 / 112;
+    static constexpr double slope = 0.5;
+    static constexpr double cube_error = 0x1.8p-53;  // 1.5 eps
+};
+
+// The coefficient of |hi| in Finish's error bound, far above the terms it
+// covers (below 2^-96 theta), and far below the cube term in effect.
+constexpr double kRelativeError = 0x1p-90;
+
+// a = hi + lo exactly, hi the leading 26 significant bits of a (the rest of
+// the significand cleared) and lo = a - hi of at most 27 bits.
+inline DoubleDouble Truncate26(double a) {
+    uint64_t bits;
+    std::memcpy(&bits, &a, sizeof bits);
+    bits &= ~((uint64_t{1} << 27) - 1);
+    double hi;
+    std::memcpy(&hi, &bits, sizeof hi);
+    return {hi, a - hi};
+}
+
+// a c = hi + lo exactly for a table point c = i/256 (at most 9 significant
+// bits) and a product above 2^-900: Dekker's product with c as its own split.
+// hi = RN(a c); ah c (35 bits) and al c (36 bits) are exact; ah c - hi is a
+// multiple of ulp(a)/256 below 2^36 of them, so exact; adding al c gives the
+// representable a c - hi, exactly.
+inline DoubleDouble TimesPoint(double a, double c) {
+    const DoubleDouble as = Truncate26(a);
+    const double hi = a * c;
+    return {hi, (as.hi * c - hi) + as.lo * c};
+}
+
+// a^2 = hi + lo exactly: Dekker's product of a with itself, its two equal
+// cross terms added at once (their sum is Dekker's representable partial sum).
+inline DoubleDouble Square(double a) {
+    const DoubleDouble as = Split(a);
+    const double hi = a * a;
+    return {hi, ((as.hi * as.hi - hi) + 2.0 * (as.hi * as.lo)) + as.lo * as.lo};
+}
+
+// n / d for n = n.hi + n.lo (|n.lo| <= eps |n.hi|, or n a double) and
+// d = d.hi + d.lo (|d.lo| <= 2.1 eps d.hi), given inv within 3.1 eps of 1/d:
+// an approximate quotient q, then the remainder n - q d divided through inv.
+// The result q + lo is within 2^-100 |n/d| of n/d, and |lo| <= 9.4 eps |q|
+// (not renormalised):
+//   q = RN(n.hi inv) is within 4.11 eps of n.hi / d, so q d.hi is within
+//   6.22 eps of n.hi. R1 = n.hi - q d.hi is formed with Dekker's product folded
+//   in (Remainder): with q and d.hi split into halves of 26 bits (Veltkamp)
+//   and w = ulp(q) ulp(d.hi), n.hi is a multiple of 2^51 w, and the
+//   partial results n.hi - qh dh, then - ql dh, then - qh dl are multiples of
+//   2^51 w below 2^81 w, of 2^27 w below 2^79 w + 2^56 w, and of 2^27 w below
+//   2^57 w: representable, so exact. Only the last step, - ql dl, rounds:
+//   eps |R1| <= 6.22 eps^2 |n.hi|. R2 = n.lo - q d.lo (|R2| <= 3.11 eps |n.hi|)
+//   rounds twice (2.1 + 3.11 eps^2 |n.hi|), R1 + R2 once (9.33 eps^2 |n.hi|).
+//   Then RN(R inv) is within 4.11 eps of R/d: 9.33 * 4.11 eps^2 |n.hi/d|.
+//   In all 59 eps^2 |n/d| < 2^-100 |n/d|.
+// No product may underflow: all of them here stay above 2^-700.
+inline double Remainder(double n, double q, double d) {
+    const DoubleDouble qs = Split(q);
+    const DoubleDouble ds = Split(d);
+    return (((n - qs.hi * ds.hi) - qs.lo * ds.hi) - qs.hi * ds.lo) - qs.lo * ds.lo;
+}
+
+inline DoubleDouble Divide(DoubleDouble n, DoubleDouble d, double inv) {
+    const double q = n.hi * inv;
+    const double r = Remainder(n.hi, q, d.hi) + (n.lo - q * d.lo);
+    return {q, r * inv};
+}
+
+inline DoubleDouble Divide(double n, DoubleDouble d, double inv) {
+    const double q = n * inv;
+    const double r = Remainder(n, q, d.hi) - q * d.lo;
+    return {q, r * inv};
+}
+
+// The table point nearest z in [0, 1 + 2^-49]: adding 1.5 * 2^44 (whose ulp is
+// 2^-8) rounds z to a multiple c of 2^-8, ties to even, so |z - c| <= 2^-9;
+// the sum's last significand bits are i = 256 c, and i >= 1 exactly when
+// z > 2^-9.
+struct TablePoint {
+    int i;
+    double c;
+};
+
+inline TablePoint NearestPoint(double z) {
+    constexpr double kMagic = 0x1.8p44;
+    const double t = z + kMagic;
+    uint64_t bits;
+    std::memcpy(&bits, &t, sizeof bits);
+    return {static_cast<int>(bits & 0x3ff), t - kMagic};
+}
+
+// A = Q + sigma atan(c) as a double-double: q_hi + sigma t.hi = A.hi + h.lo
+// exactly (FastTwoSum: |q_hi| >= pi/2 > |t.hi|, or q_hi = 0); the low parts
+// (each at most 2^-52.9 of their high part) are added with two roundings of at
+// most 2^-105 (|Q| + atan c). With the table's and pi/2's own errors (2^-106
+// relative) A is within 2^-104 (|Q| + atan c) of Q + sigma atan(c).
+inline DoubleDouble ConstantPart(double q_hi, double q_lo, double sigma, int i) {
+    const DoubleDouble t = kAtanTable[i];
+    const DoubleDouble h = FastTwoSum(q_hi, sigma * t.hi);
+    return {h.hi, h.lo + (q_lo + sigma * t.lo)};
+}
+
+// The common end: theta = A + sigma F(v), F = atan or asin (Series), from
+// v = u_hi + early + late, the caller's approximation of the exact argument,
+// where
+//   |u_hi| <= 2^-9 (1 + 2^-6), so s = RN(u_hi^2) <= 2^-18 (1 + 2^-5);
+//   |early + late| <= 10 eps (absolute), and <= 2^-48 |u_hi| + 2^-48 theta;
+//   v is within 2^-98 theta of the exact argument (the caller's terms), and A
+//   within 2^-104 (|Q| + atan c) of Q + sigma atan(c) (ConstantPart).
+// Stores the correctly rounded theta in *result and returns true when the
+// rounding test decides. The terms of the error, with F(u_hi + l) =
+// u_hi + g(u_hi) + F'(u_hi) l + O(l^2 u), g(v) = v^3 (c3 + c5 v^2 + c7 v^4):
+//   g: m = RN(u_hi s) is within 2.01 eps of u_hi^3; m RN(c3) (c3 rounded
+//     within 0.75 eps relative: |c3| is 1/3 or 1/6), and the sum with the part
+//     (m s)(c5 + s c7) (below 2^-18.5 of it, so its own errors are negligible)
+//     round once each: 4.76 eps of |c3| |u_hi|^3, which is 1.587 eps |u_hi|^3
+//     for atan and 0.793 eps |u_hi|^3 for asin. The series left out after c7
+//     is below |c9| s^3 |u_hi|^3 (1.01): 0.061 eps |u_hi|^3 (atan),
+//     0.017 eps |u_hi|^3 (asin).
+//   the low part l = early + late: slope = RN(sigma + RN(sigma slope s)) is
+//     within 1.01 eps of sigma (1 + slope u_hi^2); |F'(u) - (1 + slope u^2)|
+//     <= 0.4 u^4 for asin, u^4 for atan; |F''(u)| <= 2.1 |u|. With |l| <= 10 eps:
+//     |l| s^2 <= 10 eps 2^-9 (1.02) |u_hi|^3 = 0.02 eps |u_hi|^3, and
+//     1.01 eps |l| + 2.1 |u| l^2 below 2^-100 theta.
+//   the sums: h.lo + A.lo (|h.lo| <= eps h.hi, |A.lo| <= 2.01 eps |A.hi|), and
+//     the product and the sum with early, round below 2^-100 theta each; the
+//     sum with sigma g, the last sum and the rounding test's inner sums round
+//     by at most eps |lo| (for the test, at each end of the interval), each
+//     below eps |c3| |u_hi|^3 (1.0001) + 2^-102 theta (+ eps err for the test).
+// The cube terms add up to 2.67 eps |u_hi|^3 (atan), 1.33 eps |u_hi|^3 (asin),
+// below 2.68 eps |m| and 1.34 eps |m|: kCubeError (3 eps, 1.5 eps) covers them
+// and the roundings in forming err. The others add up to below
+// 2^-98 theta + 2^-104 (5 theta) + a few 2^-100 theta < 2^-96 theta, far below
+// kRelativeError |hi|. With |u_hi| <= 2^-9 (1 + 2^-6) the cube term is at most
+// 2^-78.3 for atan: a relative error bound of 2^-69.3 in the worst case (theta
+// near 2^-9), below 2^-77 for theta >= 1/2.
+template <class Series>
+inline bool Finish(DoubleDouble a, double sigma, double u_hi, double early, double late,
+                   double* result) {
+    const double s = u_hi * u_hi;
+    const double m = u_hi * s;
+    // sigma g(u_hi) = m (sigma c3) + (m s) (sigma c5 + s sigma c7); sigma = +-1,
+    // so its products with the coefficients are exact and come early.
+    const double sigma_g =
+        m * (sigma * Series::c3) + (m * s) * (sigma * Series::c5 + s * (sigma * Series::c7));
+    // FastTwoSum needs a.hi >= |u_hi| or a.hi = 0: a.hi >= RN(atan(2^-8)) >
+    // 2^-9 (1 + 2^-6) when c > 0, a.hi >= pi/4 when Q > 0, a.hi = 0 otherwise.
+    const DoubleDouble h = FastTwoSum(a.hi, sigma * u_hi);
+    const double slope = sigma + (sigma * Series::slope) * s;
+    // The terms are added in the order they come, the last one last.
+    const double lo = (((h.lo + a.lo) + early * slope) + sigma_g) + late * slope;
+    const double err = Series::cube_error * std::fabs(m) + kRelativeError * h.hi;
+    return RoundsToOne(h.hi, lo, err, result);
+}
+
+// Finish for a quotient u from Divide (atan's series): its low part alone,
+// and last.
+inline bool FinishQuotient(DoubleDouble a, double sigma, DoubleDouble u, double* result) {
+    using Series = AtanSeries;
+    const double s = u.hi * u.hi;
+    const double m = u.hi * s;
+    const double sigma_g =
+        m * (sigma * Series::c3) + (m * s) * (sigma * Series::c5 + s * (sigma * Series::c7));
+    const DoubleDouble h = FastTwoSum(a.hi, sigma * u.hi);
+    const double slope = sigma + (sigma * Series::slope) * s;
+    const double lo = ((h.lo + a.lo) + sigma_g) + u.lo * slope;
+    const double err = Series::cube_error * std::fabs(m) + kRelativeError * h.hi;
+    return RoundsToOne(h.hi, lo, err, result);
+}
+
+// The quadrant of atan2 and acos: theta = Q + sigma atan(n / d), n the smaller
+// of the two magnitudes (swapped: |y| > |x|).
+struct Quadrant {
+    double q_hi;
+    double q_lo;
+    double sigma;
+};
+
+// Indexed by 2 swapped + x_negative, so that the choice takes no branch (with
+// random signs a branch would be mispredicted half the time).
+constexpr Quadrant kQuadrants[4] = {
+    {0.0, 0.0, 1.0},               // |y| <= |x|, x > 0: atan(|y| / |x|)
+    {kPiHi, kPiLo, -1.0},          // |y| <= |x|, x < 0: pi - atan(|y| / |x|)
+    {kHalfPiHi, kHalfPiLo, -1.0},  // |y| > |x|, x > 0: pi/2 - atan(|x| / |y|)
+    {kHalfPiHi, kHalfPiLo, 1.0},   // |y| > |x|, x < 0: pi/2 + atan(|x| / |y|)
+};
+
+inline const Quadrant& QuadrantOf(bool swapped, bool x_negative) {
+    return kQuadrants[2 * static_cast<int>(swapped) + static_cast<int>(x_negative)];
+}
+
+// atan2 when an argument is a zero or an infinity (no NaN), as C's
+// Annex F has them.
+double Atan2ZeroOrInfinity(double y, double x) {
+    const bool x_negative = std::signbit(x);
+    if (y == 0.0) return x_negative ? std::copysign(kPiHi, y) : y;  // +-0 or +-pi
+    if (std::isinf(y)) {
+        if (std::isinf(x)) {
+            return std::copysign(x_negative ? arc_tangent::kThreeQuarterPi : 0.5 * kHalfPiHi, y);
+        }
+        return std::copysign(kHalfPiHi, y);
+    }
+    if (x == 0.0) return std::copysign(kHalfPiHi, y);
+    // x infinite, y finite and nonzero.
+    return x_negative ? std::copysign(kPiHi, y) : std::copysign(0.0, y);
+}
+
+}  // namespace
+
+double Atan(double x) {
+    const double a = std::fabs(x);
+    if (!(a < 0x1p100)) {
+        if (a != a) return x + x;
+        // atan(a) = pi/2 - atan(1/a) lies in (pi/2 - 2^-100, pi/2): pi/2 is
+        // 2^-53.9 above its rounding kHalfPiHi and the midpoints next to
+        // kHalfPiHi are 2^-53 away from it, so all of it rounds to kHalfPiHi.
+        return std::copysign(kHalfPiHi, x);
+    }
+    if (a < 0x1p-27) {
+        // atan(a) lies in (a - a^3/3, a), a^3/3 < 2^-54 a. The midpoint below a
+        // is more than 2^-54 a away from it (a - ulp(a)/2 with ulp(a) > 2^-53 a,
+        // or a (1 - 2^-54) when a is a power of two), so atan(a) rounds to a;
+        // subnormal a too, their ulp being larger still relative to a.
+        return x;
+    }
+    double r;
+    if (a < 0x1p-9) {
+        // c = 0: u = a, exact.
+        if (FinishQuotient({0.0, 0.0}, 1.0, {a, 0.0}, &r)) return std::copysign(r, x);
+    } else if (a <= 1.0) {
+        // c = i/256 nearest a (c = 0 only for a = 2^-9): u = (a - c) / (1 + a c),
+        // |u| <= 2^-9. a - c is exact (Sterbenz): a > 2^-9 = c/2 for i = 1, and
+        // |a - c| <= 2^-9 <= c/2 beyond. 1 + a c is the exact sum of 1 + ah c
+        // and al c (Truncate26): ah is a multiple of 2^-34 (a > 2^-9), so
+        // ah c <= 1 is a multiple of 2^-42 and 1 + ah c fits in 43 bits; al c
+        // has at most 36 bits; FastTwoSum renormalises the sum exactly. The
+        // reciprocal RN(1 / RN(1 + RN(a c))) is within 3.01 eps of 1 / (1 + a c).
+        // So u has Divide's error only.
+        const TablePoint t = NearestPoint(a);
+        const DoubleDouble as = Truncate26(a);
+        const DoubleDouble d = FastTwoSum(1.0 + as.hi * t.c, as.lo * t.c);
+        const DoubleDouble u = Divide(a - t.c, d, 1.0 / (1.0 + a * t.c));
+        if (FinishQuotient(kAtanTable[t.i], 1.0, u, &r)) return std::copysign(r, x);
+    } else if (a < 512.0) {
+        // atan(a) = pi/2 - atan(1/a) = pi/2 - atan(c) - atan(u), c = i/256
+        // nearest w = RN(1/a) > 2^-9 (so i >= 1): |1/a - c| <= 2^-9 + 2^-54 and
+        //     u = (1/a - c) / (1 + c/a) = (1 - a c) / (a + c),   |u| <= 2^-9 (1 + 2^-45).
+        // a c = p.hi + p.lo exactly (TimesPoint) lies in [2/3, 2 (1 + 2^-52)],
+        // so 1 - p.hi is exact (Sterbenz up to 2, a multiple of 2^-51 in
+        // [-1 - 2^-51, -1] beyond); it is zero or at least ulp(p.hi) >= 2 |p.lo|,
+        // so FastTwoSum renormalises the numerator exactly. The denominator
+        // a + c is exact (FastTwoSum, a > c), inv = RN(1 / d.hi) within 2.01 eps.
+        // So u has Divide's error only.
+        const TablePoint t = NearestPoint(1.0 / a);
+        const DoubleDouble p = TimesPoint(a, t.c);
+        const DoubleDouble n = FastTwoSum(1.0 - p.hi, -p.lo);
+        const DoubleDouble d = FastTwoSum(a, t.c);
+        const DoubleDouble u = Divide(n, d, 1.0 / d.hi);
+        if (FinishQuotient(ConstantPart(kHalfPiHi, kHalfPiLo, -1.0, t.i), -1.0, u, &r)) {
+            return std::copysign(r, x);
+        }
+    } else {
+        // atan(a) = pi/2 - atan(u), u = 1/a <= 2^-9 (c = 0), by Divide from the
+        // exact 1 and a.
+        const DoubleDouble u = Divide(1.0, {a, 0.0}, 1.0 / a);
+        if (FinishQuotient({kHalfPiHi, kHalfPiLo}, -1.0, u, &r)) return std::copysign(r, x);
+    }
+    // atan(x) = atan2(x, 1) for every finite nonzero x.
+    return precise::Atan2(x, 1.0);
+}
+
+double Atan2(double y, double x) {
+    if (x != x || y != y) return x + y;
+    const double ax = std::fabs(x);
+    const double ay = std::fabs(y);
+    if (ay == 0.0 || ax == 0.0 || std::isinf(ax) || std::isinf(ay))
+        return Atan2ZeroOrInfinity(y, x);
+
+    const bool swapped = ay > ax;
+    double n = std::min(ax, ay);
+    double d = std::max(ax, ay);
+    const Quadrant& quadrant = QuadrantOf(swapped, std::signbit(x));
+    // zh = RN(z), z = n/d <= 1, correctly rounded in the subnormal range too.
+    const double zh = n / d;
+    double r;
+
+    if (zh < 0x1p-54) {
+        // A tiny ratio, z < 2^-53.9.
+        if (quadrant.q_hi == 0.0) {
+            // theta = atan(z) lies in [z - z^3/3, z]. Write n = N 2^e,
+            // d = D 2^f (N, D < 2^53 integers) and let m = M 2^k (M odd,
+            // 2^53 < M < 2^54) be a midpoint between two normal doubles:
+            // n - m d is a nonzero multiple of 2^min(e, k + f) (nonzero since M
+            // cannot divide N), so |z - m| >= 2^-53 z or >= 2^k / D > 2^-107 m.
+            // Then no midpoint lies in [z - z^3/3, z], as z^2/3 < 2^-107 (1 - z^2)
+            // for z < 2^-53.3, and theta rounds as z does: to zh. That needs
+            // every midpoint near z to lie between normal doubles, so
+            // zh >= 2^-1021; smaller results (subnormal, where a ratio can be
+            // exactly a midpoint) go to the precise path.
+            if (zh >= 0x1p-1021) return std::copysign(zh, y);
+            return precise::Atan2(y, x);
+        }
+        // theta = Q + sigma atan(z), Q >= pi/2: q_hi + RN(q_lo + sigma zh) is
+        // within 2^-104.3 (Q's double-double), 2^-106 (the rounding,
+        // |q_lo + sigma zh| < 2^-52.9) and 2^-107 + z^3/3 (|atan z - zh| <=
+        // |z - zh| + z^3/3) of theta: err = 2^-100 covers these and the
+        // rounding test's own sums (2^-106).
+        const double lo = quadrant.q_lo + quadrant.sigma * zh;
+        if (RoundsToOne(quadrant.q_hi, lo, 0x1p-100, &r)) return std::copysign(r, y);
+        return precise::Atan2(y, x);
+    }
+
+    // Scale n and d by the same power of two (z does not change) so that
+    // 2^-500 <= d <= 2^500: exactly, as z >= 2^-54 keeps n above 2^-555. The
+    // products below then neither overflow nor underflow.
+    if (d > 0x1p500) {
+        n *= 0x1p-600;
+        d *= 0x1p-600;
+    } else if (d < 0x1p-500) {
+        n *= 0x1p600;
+        d *= 0x1p600;
+    }
+    if (zh < 0x1p-9) {
+        // c = 0: u = z = n/d, by Divide from the exact n and d.
+        const DoubleDouble u = Divide(n, {d, 0.0}, 1.0 / d);
+        if (FinishQuotient({quadrant.q_hi, quadrant.q_lo}, quadrant.sigma, u, &r)) {
+            return std::copysign(r, y);
+        }
+        return precise::Atan2(y, x);
+    }
+    // c = i/256 nearest zh: |z - c| <= 2^-9 + 2^-54, |u| <= 2^-9 (1 + 2^-45).
+    // The numerator n - c d: c d = p.hi + p.lo exactly and n - p.hi is exact
+    // (Sterbenz). For i = 1, p.hi = d/256, and zh > 2^-9 (so zh >= 2^-9 (1 +
+    // 2^-52), z within half an ulp of it) means n/d > 2^-9, n > p.hi / 2. For
+    // i >= 2, |z - c| <= 2^-9 + 2^-54 <= c/2 (1 - 2 eps) keeps n within
+    // [p.hi/2, 2 p.hi]. n - p.hi is zero or a multiple of ulp(p.hi)/2 >= |p.lo|,
+    // so FastTwoSum renormalises the numerator exactly. The denominator
+    // d + c n = e.hi + e.lo + q.lo has one rounding (2^-104 relative);
+    // |e.lo + q.lo| <= 2.01 eps e.hi and inv = RN(1 / e.hi) is within 3.03 eps
+    // of its reciprocal. So u has Divide's error, and 2^-104 |u|, only.
+    const TablePoint t = NearestPoint(zh);
+    const DoubleDouble p = TimesPoint(d, t.c);
+    const DoubleDouble num = FastTwoSum(n - p.hi, -p.lo);
+    const DoubleDouble q = TimesPoint(n, t.c);
+    const DoubleDouble e = FastTwoSum(d, q.hi);
+    const DoubleDouble u = Divide(num, {e.hi, e.lo + q.lo}, 1.0 / e.hi);
+    if (FinishQuotient(ConstantPart(quadrant.q_hi, quadrant.q_lo, quadrant.sigma, t.i),
+                       quadrant.sigma, u, &r)) {
+        return std::copysign(r, y);
+    }
+    return precise::Atan2(y, x);
+}
+
+double Acos(double x) {
+    const double a = std::fabs(x);
+    if (!(a < 1.0)) {
+        if (a == 1.0) return x > 0.0 ? 0.0 : kPiHi;
+        if (x != x) return x + x;
+        return std::numeric_limits<double>::quiet_NaN();  // |x| > 1
+    }
+    double r;
+    if (a < 0x1p-60) {
+        // acos(x) = pi/2 - asin(x), |asin(x) - x| <= |x|^3 / 6 < 2^-180: the sum
+        // kHalfPiHi + RN(kHalfPiLo - x) is within 2^-107 (pi/2's double-double)
+        // + 2^-106.8 (the rounding) + 2^-180 of it; err = 2^-100 covers these
+        // and the rounding test's own sums.
+        if (RoundsToOne(kHalfPiHi, kHalfPiLo - x, 0x1p-100, &r)) return r;
+        return precise::Acos(x);
+    }
+    // acos(x) is the angle of the unit vector (a, sqrt(S)), S = 1 - a^2 >= 2^-52,
+    // or pi minus it for x < 0. With d the larger and n the smaller of its two
+    // coordinates, phi = atan(n/d), and c = i/256 near n/d, the vector turned by
+    // -atan(c) is a unit vector again, whose second coordinate is the sine of
+    // phi - atan(c):
+    //     phi = atan(c) + asin(y),   y = cos(atan c) (n - c d),   |y| <= |u|,
+    // with u = (n/d - c) / (1 + c n/d) as in atan2: no division is needed.
+    //
+    // sh approximates sqrt(S): sa = RN(RN(1 - a) RN(1 + a)) is within 3.01 eps
+    // of S, sh = RN(sqrt(sa)) within 2.51 eps of sqrt(S). The reciprocals
+    // 1/sa and 1/a are computed alongside the square root.
+    const double sa = (1.0 - a) * (1.0 + a);
+    const double sh = std::sqrt(sa);
+    const double inv_sa = 1.0 / sa;
+    const double inv_a = 1.0 / a;
+    // sqrt(S) = sh + sl, sl from the remainder e = S - sh^2 = 1 - a^2 - sh^2,
+    // |e| <= 5.03 eps S. With a^2 = A.hi + A.lo and sh^2 = B.hi + B.lo exactly
+    // (Square), E = 1 - A.hi - B.hi is formed exactly when a >= 2^-10
+    // (A.hi >= 2^-20). When big = max(A.hi, B.hi) >= 1/2, as (1 - big) - small:
+    // for big = A.hi, 1 - A.hi = S + A.lo (|A.lo| <= 2^-54 <= S/4) is exact and
+    // B.hi within a factor 1.3 of it; for big = B.hi, 1 - B.hi is exact and
+    // within 6.1 eps of A.hi (Sterbenz each time). Otherwise both lie within
+    // 6 eps of 1/2 (their sum is within 3.1 eps of 1), and (1/2 - big) +
+    // (1/2 - small) is exact; this form is needed for at most a few a near
+    // 1/sqrt(2), if any. (For a < 2^-10, sl is only ever multiplied by 0 below.)
+    // Then e = (E - A.lo) - B.lo rounds twice, at most 11 eps^2 S in all (each
+    // partial result is below 6.03 eps S). sqrt(S) = sh + e / (2 sh) -
+    // e^2 / (8 sh^3) + ..., the last term below 3.2 eps^2 sh. 1/sh is taken as
+    // inv_s = RN(sh RN(1/sa)), within 4.02 eps; so sl is taken as e inv_s / 2.
+    const DoubleDouble a2 = Square(a);
+    const DoubleDouble s2 = Square(sh);
+    const double big = std::max(a2.hi, s2.hi);
+    const double small = std::min(a2.hi, s2.hi);
+    const double exact = big >= 0.5 ? (1.0 - big) - small : (0.5 - big) + (0.5 - small);
+    const double e = (exact - a2.lo) - s2.lo;
+    const double inv_s = sh * inv_sa;
+
+    // n and d, compared through sh (n/d may then exceed 1 by 2^-50: i = 256,
+    // and the bounds hold all the same): n = n_hi + n.lo, d = d_hi + d.lo, one
+    // of the low parts sl and the other zero. The ratio zh, shrunk by 1 - 2^-16,
+    // is the smaller of sh RN(k/a) and sh RN(RN(k a) / sa), k = 1 - 2^-16
+    // (which is smaller matters only when sh and a are within 4.02 eps): within
+    // 6.03 eps of k n_hi / d_hi. So |z - c| <= 2^-9 + 2^-16 + 2^-49 for
+    // z = n/d, |u| <= 2^-9 (1 + 2^-6); and i >= 1, that is zh > 2^-9, implies
+    // n_hi / d_hi > 2^-9, as Atan2's argument for n_hi - p.hi needs. n_hi >=
+    // 2^-60 and d_hi >= 0.7: no product below underflows.
+    const bool swapped = sh > a;
+    const double n_hi = std::min(sh, a);
+    const double d_hi = std::max(sh, a);
+    constexpr double kShrink = 1.0 - 0x1p-16;
+    const double zh = std::min(sh * (kShrink * inv_a), sh * ((kShrink * a) * inv_sa));
+    const Quadrant& quadrant = QuadrantOf(swapped, std::signbit(x));
+    const TablePoint t = NearestPoint(zh);
+    // y = C (n - c d), C = cos(atan c) = C.hi + C.lo (the table's, 2^-106
+    // relative), as u_hi + early + late: c d_hi = p.hi + p.lo exactly,
+    // n1 = n_hi - p.hi is exact as in Atan2, n1 C.hi = u_hi + yp.lo exactly
+    // (TwoProduct), and n - c d = n1 - p.lo + f sl*, where sl* = sqrt(S) - sh and
+    // f = n.lo - c d.lo over sl*: 1 (not swapped) or -c (swapped), computed
+    // exactly as 1 - swapped (1 + c). So early = n1 C.lo - C.hi p.lo and
+    // late = yp.lo + e (inv_s / 2) (f C.hi). Their errors: the roundings of
+    // early, below 3 eps^2 (|n1| + c) <= 2^-104 (|y| + c); sl against sl*:
+    // (5.5 + 3.2) eps^2 sh from e and the series, and 8.04 eps |sl| from inv_s,
+    // C.hi for C and the three roundings, 29 eps^2 sh in all, times |f| C, with
+    // sh <= n_hi <= c + 2^-9 (1.02) when not swapped: below 117 eps^2 theta
+    // (c + 2^-9 (1.02) <= 4.02 theta when Q = 0 and c > 0; when c = 0 and not
+    // swapped y is n itself and the error is relative). The table's error of C
+    // adds 2^-105 |y|. In all v is within 2^-98 theta of y, and
+    // |early + late| <= 5.1 eps, as Finish needs.
+    const DoubleDouble p = TimesPoint(d_hi, t.c);
+    const double n1 = n_hi - p.hi;
+    const double f = 1.0 - static_cast<double>(swapped) * (1.0 + t.c);
+    const DoubleDouble cos_c = kCosAtanTable[t.i];
+    const DoubleDouble yp = TwoProduct(n1, cos_c.hi);
+    // The part with sl comes last, through e: e times factors known before it.
+    const double early = n1 * cos_c.lo - cos_c.hi * p.lo;
+    const double late = yp.lo + e * ((0.5 * inv_s) * (f * cos_c.hi));
+    if (Finish<AsinSeries>(ConstantPart(quadrant.q_hi, quadrant.q_lo, quadrant.sigma, t.i),
+                           quadrant.sigma, yp.hi, early, late, &r)) {
+        return r;
+    }
+    return precise::Acos(x);
+}
+
+}  // namespace math
+}  // namespace selvora
