@@ -5,7 +5,8 @@
 #   1. tools/setup-windows-deps.sh: clang, lld, Wine, libc++ and the libraries
 #      built from Debian's source packages into ~/.cache/selvora/windows
 #   2. the Linux library, the same-bits battery, the tests' loopback HTTP
-#      server and write_records, in build/ (SELVORA_BUILD_DIR)
+#      server, write_records and selvora_math_table (the trigonometric
+#      functions' expected values, by MPFR), in build/ (SELVORA_BUILD_DIR)
 #   3. Selvora100_64.dll, its import library, selvora.exe and the test
 #      programs, in build-windows/ (SELVORA_WINDOWS_BUILD_DIR)
 #   4. the test suite under Wine (ctest); the tool's tests use the Linux
@@ -43,7 +44,7 @@ setup_seconds=$SECONDS
 echo "== the Linux library, battery and test programs, to compare and test with"
 cmake -S "$root" -B "$linux_build" -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build "$linux_build" -j "$jobs" --target Selvora100_64 selvora_same_bits \
-  selvora_loopback_http selvora_tls_fronts write_records
+  selvora_loopback_http selvora_tls_fronts write_records selvora_math_table
 
 echo "== the Windows build"
 cmake -G Ninja -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/clang-msvc-x86_64.cmake" \

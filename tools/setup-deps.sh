@@ -16,6 +16,7 @@ PACKAGES=(
   libtriangle-dev triangle-bin libtiff-dev libcurl4-openssl-dev
   libpng-dev libstb-dev clang libclang-rt-14-dev
   libcli11-dev doxygen python3 dpkg-dev binutils
+  libmpfr-dev  # the tests' expected values of the trigonometric functions
 )
 
 cache="${SELVORA_CACHE_DIR:-$HOME/.cache/selvora}"

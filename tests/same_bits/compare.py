@@ -4,15 +4,13 @@ compares their results line by line, bit for bit.
 
     compare.py LINUX_PROGRAM WINDOWS_PROGRAM DATA_DIR [--wine PATH]
 
-Every result must be the same on both platforms, except those listed in
-known_differences.txt beside this script, each with the reason it differs.
-A listed result that no longer differs fails too, so that the list (and what
-the README says from it) stays true. Exit status 0 when all agree.
+Every result must be the same on both platforms: the library's arithmetic is
+IEEE double arithmetic without contraction, and its trigonometric functions
+are its own, correctly rounded. Exit status 0 when all agree.
 """
 
 import argparse
 import os
-import pathlib
 import subprocess
 import sys
 
@@ -31,17 +29,6 @@ def results(command, env=None):
     return lines
 
 
-def known_differences(path):
-    known = {}
-    for raw in path.read_text(encoding="utf-8").splitlines():
-        line = raw.strip()
-        if not line or line.startswith("#"):
-            continue
-        name, _, reason = line.partition("|")
-        known[name.strip()] = reason.strip()
-    return known
-
-
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("linux")
@@ -53,7 +40,6 @@ def main():
     env = dict(os.environ, WINEDEBUG="-all")
     linux = results([args.linux, args.data])
     windows = results([args.wine, args.windows, args.data], env)
-    known = known_differences(pathlib.Path(__file__).with_name("known_differences.txt"))
 
     failed = False
     if linux.keys() != windows.keys():
@@ -64,13 +50,7 @@ def main():
         failed = True
     differing = sorted(n for n in linux.keys() & windows.keys() if linux[n] != windows[n])
     for name in differing:
-        if name in known:
-            print(f"differs, as known: {name}: {known[name]}")
-        else:
-            print(f"DIFFERS: {name}\n  Linux:   {linux[name]}\n  Windows: {windows[name]}")
-            failed = True
-    for name in sorted(known.keys() - set(differing)):
-        print(f"listed as differing but the same now (or gone): {name}")
+        print(f"DIFFERS: {name}\n  Linux:   {linux[name]}\n  Windows: {windows[name]}")
         failed = True
     print(f"{len(linux)} results compared, {len(linux) - len(differing)} the same, "
           f"{len(differing)} different")

@@ -29,18 +29,6 @@ std::string BesideThisProgram(const std::string& fileName);
 
 }  // namespace selvora_test
 
-// The expected bits of some angles and samples are glibc's sin, cos and atan2
-// (the library takes them from the C runtime: glibc on Linux, the Universal
-// CRT on Windows). Where another C runtime rounds the call differently in the
-// last bit, the rest of the test is skipped there, naming the call.
-#ifdef _WIN32
-#define SELVORA_SKIP_UNLESS_GLIBC_MATHS(call)                                                   \
-    GTEST_SKIP() << "the Universal CRT's " << call << " differs from glibc's in the last bit; " \
-                 << "the expected bits are glibc's (see README, Windows)"
-#else
-#define SELVORA_SKIP_UNLESS_GLIBC_MATHS(call) static_cast<void>(0)
-#endif
-
 // What WinINet decides by itself (how it reads a response, how it follows a
 // redirect) the library leaves to it: a test of such a rule stops on Windows.
 #ifdef _WIN32
