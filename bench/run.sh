@@ -17,10 +17,10 @@ repetitions="${BENCH_REPETITIONS:-10}"
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release \
     -DSELVORA_BUILD_BENCHMARKS=ON -DSELVORA_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build" -j2 --target array_bench matrix_bench geometry_bench \
-    tessellation_bench net_bench image_bench
+    tessellation_bench net_bench image_bench math_bench
 
 for program in array_bench matrix_bench geometry_bench tessellation_bench net_bench \
-    image_bench; do
+    image_bench math_bench; do
     echo
     "$build/bench/$program" \
         --benchmark_repetitions="$repetitions" \
@@ -29,7 +29,8 @@ done
 
 PYTHONPATH="$root/bench" python3 - "$build/array_bench.json" "$build/matrix_bench.json" \
     "$build/geometry_bench.json" "$build/tessellation_bench.json" "$build/net_bench.json" \
-    "$build/image_bench.json" <<'PY'
+    "$build/image_bench.json" "$build/math_bench.json" <<'PY'
+import math
 import sys
 
 from fastest_times import fastest
@@ -68,4 +69,38 @@ for lib, ref, goal in RATIOS:
     verdict = "reported only" if goal is None else (
         f"<= {goal}: {'met' if ratio <= goal else 'MISSED'}")
     print(f"{short(lib):34} {short(ref):32} {ratio:7.3f}  {verdict}")
+
+# The library's trigonometric functions against glibc's (bench/math_bench.cpp):
+# (function and range, goal for the time per call of independent calls).
+MATH = [
+    ("Sin_TwoPi", 1.5), ("Sin_PiOver4", 1.5), ("Sin_Huge", 3.0),
+    ("Cos_TwoPi", 1.5), ("Cos_PiOver4", 1.5), ("Cos_Huge", 3.0),
+    ("Atan_Exp30", 1.5), ("Atan_Unit", 1.5),
+    ("Atan2_Box", 1.5), ("Atan2_Exp30", 1.5),
+    ("Acos_Unit", 1.5),
+]
+CALLS = 4096  # calls per iteration: kArguments in math_bench.cpp
+
+def per_call(name):
+    return times.get(f"BM_{name}/real_time", float("nan")) / CALLS
+
+# The latency loops' own chain (a multiply and an add per call) is the same on
+# both sides; it is taken off before comparing, so that it does not pull the
+# ratio towards 1.
+chain = per_call("LatencyChain")
+print()
+print("selvora::math against glibc, ns per call (latency: less the loop's own "
+      f"{chain:.2f} ns)")
+print(f"{'function and range':26} {'Selvora':>9} {'glibc':>9} {'ratio':>7}  goal")
+for name, goal in MATH:
+    for label, suffix, offset in ((name, "", 0.0), (f"{name} latency", "_Latency", chain)):
+        mine = per_call(f"Selvora_{name}{suffix}") - offset
+        glibc = per_call(f"Glibc_{name}{suffix}") - offset
+        if math.isnan(mine) or math.isnan(glibc):
+            print(f"{label:26} {'-':>9} {'-':>9} {'-':>7}  (not run)")
+            continue
+        ratio = mine / glibc
+        verdict = "reported only" if suffix else (
+            f"<= {goal}: {'met' if ratio <= goal else 'MISSED'}")
+        print(f"{label:26} {mine:9.2f} {glibc:9.2f} {ratio:7.3f}  {verdict}")
 PY
