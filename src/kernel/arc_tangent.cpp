@@ -1,6 +1,8 @@
 // atan, atan2 and acos, correctly rounded (math.h).
 //
-// All three come down to an angle
+// acos(x) for |x| < 0.96875 is evaluated apart, from Taylor expansions of asin
+// around table points (AcosFromExpansion). Otherwise all three come down to an
+// angle
 //
 //     theta = Q + sigma atan(z),   z = n / d,   0 < n <= d,
 //
@@ -34,6 +36,7 @@
 #include <cstring>
 #include <limits>
 
+#include "kernel/acos_table.h"
 #include "kernel/arc_tangent_table.h"
 #include "kernel/double_double.h"
 #include "kernel/math.h"
@@ -47,6 +50,17 @@ using arc_tangent::kAtanTable;
 using arc_tangent::kCosAtanTable;
 using arc_tangent::kHalfPiHi;
 using arc_tangent::kHalfPiLo;
+
+// Acos takes |x| below kCoarseLimit from the expansions of acos_table.h around
+// the points j/512, j <= kLastCoarse, and |x| in [kCoarseLimit, kFineLimit)
+// from those around j/2048, kFirstFine <= j <= kLastFine: the point nearest
+// such an |x| is in the table.
+static_assert(acos_table::kDegree == 9, "AcosFromExpansion's polynomial");
+constexpr double kCoarseLimit = static_cast<double>(acos_table::kLastCoarse) / 512;
+static_assert(kCoarseLimit == static_cast<double>(acos_table::kFirstFine) / 2048,
+              "the fine points start where the coarse ones end");
+constexpr double kFineLimit = static_cast<double>(acos_table::kLastFine) / 2048;
+static_assert(kCoarseLimit == 0.90625 && kFineLimit == 0.96875, "Acos's ranges");
 
 // NearestPoint rounds to multiples of 2^-8.
 static_assert(arc_tangent::kTablePoints == 256, "the table's points are i/256");
@@ -261,6 +275,67 @@ inline const Quadrant& QuadrantOf(bool swapped, bool x_negative) {
     return kQuadrants[2 * static_cast<int>(swapped) + static_cast<int>(x_negative)];
 }
 
+// acos(x) for 2^-60 <= a = |x| < 0.96875, from the Taylor expansion of asin
+// around the table point a_j nearest a (acos_table.h): a_j = j/512 (magic =
+// 1.5 * 2^43, offset 0) below 0.90625, a_j = j/2048 (magic = 1.5 * 2^41, row
+// j + offset) above, a_j at most 2^-10 or 2^-12 from a. Stores the correctly
+// rounded acos(x) in *result and returns true when the rounding test decides.
+//
+// acos(x) = pi/2 + sigma asin(a), sigma = -1 for x > 0 and +1 for x < 0, and
+//     acos(x) = K + sigma (lead h + rest h + q + tail),   h = a - a_j,
+//     q = T2 h^2 + ... + T9 h^9,
+// with K = pi/2 + sigma asin(a_j) a double-double (within 2^-104 relative),
+// asin'(a_j) = lead + rest (+ at most eps |rest|), T2..T9 doubles, and |tail| <
+// 2^-72.8 (the generator sums it for every point). a + magic rounds a to a_j,
+// and h is exact: a itself for j = 0, and by Sterbenz for j >= 1 (a_j / 2 <= a
+// <= 2 a_j). theta = acos(x) >= acos(0.96875) > 0.25.
+//
+// The terms, with eps = 2^-53:
+//   lead h is exact: lead has at most 2 + b + e significant bits and h at most
+//     51 - b - e, b = 9 or 11 and e the exponent of the smallest a that rounds
+//     to a_j (acos_table.h), and lead = 1 for j = 0.
+//   K.hi + sigma lead h = s.hi + s.lo exactly (FastTwoSum: K.hi > 0.25 > 2^-8 >
+//     |lead h|, as asin' < 2.37 below 0.90625 and < 4.04 above, where |h| <=
+//     2^-12).
+//   bt = RN(rest h), |rest| < 2^-7: within eps |bt| of rest h, and within
+//     2 eps |bt| of (asin'(a_j) - lead) h with rest's own error.
+//   q, evaluated by Estrin's scheme: the generator bounds its error, the
+//     rounding of T2..T9 included, by 8.6 eps |q| (a forward error analysis at
+//     each |h| of a grid of 512 points in [-max |h|, max |h|], for every point,
+//     against the exact polynomial at h).
+//   v = RN(bt + q), lo = RN((s.lo + K.lo) + sigma v) and the rounding test's two
+//     inner sums round by eps |v|, eps |lo| and eps (|lo| + err) each;
+//     s.lo + K.lo (below 2^-51 each) rounds by 2^-104.
+// With |bt| <= |v| + |q| and |lo| <= |v| + 2^-50, the error is below
+// 10.6 eps |q| + 6 eps |v| + 2^-72.8 + 2^-99: err = 12 eps (|q| + |v|) +
+// 0x1.7p-73 (above 2^-72.5) covers it and the roundings in forming err. The
+// generator bounds |q| by 2^-17.4 and |bt| by 2^-17.01, so |v| < 2^-16.2 and
+// err < 2^-65, 2^-63 relative: the test fails, and the precise path is taken,
+// for about fifteen arguments in a million in [-1, 1].
+inline bool AcosFromExpansion(double x, double a, double magic, int offset, double* result) {
+    const double t = a + magic;
+    uint64_t bits;
+    std::memcpy(&bits, &t, sizeof bits);
+    const int i = static_cast<int>(bits & 0x7ff) + offset;
+    const acos_table::Expansion& expansion = acos_table::kAsinExpansions[i];
+    const DoubleDouble k = acos_table::kAcosValues[2 * i + static_cast<int>(std::signbit(x))];
+    const double h = a - (t - magic);
+    const double sigma = -std::copysign(1.0, x);
+    const double* c = expansion.c;  // T2..T9
+    const double h2 = h * h;
+    const double h4 = h2 * h2;
+    const double e0 = c[0] + h * c[1];
+    const double e1 = c[2] + h * c[3];
+    const double e2 = c[4] + h * c[5];
+    const double e3 = c[6] + h * c[7];
+    const double q = h2 * ((e0 + h2 * e1) + h4 * (e2 + h2 * e3));
+    const double v = expansion.rest * h + q;
+    const DoubleDouble s = FastTwoSum(k.hi, sigma * (expansion.lead * h));
+    const double lo = (s.lo + k.lo) + sigma * v;
+    const double err = 0x1.8p-50 * (std::fabs(q) + std::fabs(v)) + 0x1.7p-73;
+    return RoundsToOne(s.hi, lo, err, result);
+}
+
 // atan2 when an argument is a zero or an infinity (no NaN), as C's
 // Annex F has them.
 double Atan2ZeroOrInfinity(double y, double x) {
@@ -437,6 +512,18 @@ double Acos(double x) {
         // + 2^-106.8 (the rounding) + 2^-180 of it; err = 2^-100 covers these
         // and the rounding test's own sums.
         if (RoundsToOne(kHalfPiHi, kHalfPiLo - x, 0x1p-100, &r)) return r;
+        return precise::Acos(x);
+    }
+    if (a < kFineLimit) {
+        // Below 0.96875 (31 arguments in 32 in [-1, 1]), without square root or
+        // division: AcosFromExpansion, with the points j/512 below 0.90625 and
+        // j/2048 above. Adding 1.5 * 2^43 (whose ulp is 2^-9) or 1.5 * 2^41
+        // (ulp 2^-11) rounds a to the nearest point a_j, ties to even, and the
+        // sum's last significand bits are j.
+        const bool coarse = a < kCoarseLimit;
+        const double magic = coarse ? 0x1.8p43 : 0x1.8p41;
+        const int offset = coarse ? 0 : acos_table::kLastCoarse + 1 - acos_table::kFirstFine;
+        if (AcosFromExpansion(x, a, magic, offset, &r)) return r;
         return precise::Acos(x);
     }
     // acos(x) is the angle of the unit vector (a, sqrt(S)), S = 1 - a^2 >= 2^-52,
