@@ -93,17 +93,6 @@ struct AsinSeries {
 // covers (below 2^-96 theta), and far below the cube term in effect.
 constexpr double kRelativeError = 0x1p-90;
 
-// a = hi + lo exactly, hi the leading 26 significant bits of a (the rest of
-// the significand cleared) and lo = a - hi of at most 27 bits.
-inline DoubleDouble Truncate26(double a) {
-    uint64_t bits;
-    std::memcpy(&bits, &a, sizeof bits);
-    bits &= ~((uint64_t{1} << 27) - 1);
-    double hi;
-    std::memcpy(&hi, &bits, sizeof hi);
-    return {hi, a - hi};
-}
-
 // a c = hi + lo exactly for a table point c = i/256 (at most 9 significant
 // bits) and a product above 2^-900: Dekker's product with c as its own split.
 // hi = RN(a c); ah c (35 bits) and al c (36 bits) are exact; ah c - hi is a

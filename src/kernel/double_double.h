@@ -11,6 +11,9 @@
 // to underflow); callers keep their arguments inside those limits.
 #pragma once
 
+#include <cstdint>
+#include <cstring>
+
 namespace selvora {
 namespace math {
 
@@ -43,6 +46,18 @@ inline DoubleDouble Split(double a) {
     return {hi, a - hi};
 }
 
+// a == hi + lo exactly, hi the leading 26 significant bits of a (the rest of
+// its significand cleared) and lo = a - hi of at most 27 bits: a split by
+// masking, for products with few-bit operands that are exact.
+inline DoubleDouble Truncate26(double a) {
+    uint64_t bits;
+    std::memcpy(&bits, &a, sizeof bits);
+    bits &= ~((uint64_t{1} << 27) - 1);
+    double hi;
+    std::memcpy(&hi, &bits, sizeof hi);
+    return {hi, a - hi};
+}
+
 // hi + lo == a * b exactly, hi = RN(a * b) (Dekker's product, without a fused
 // multiply-add), for |a|, |b| < 2^996 and a product that does not underflow.
 inline DoubleDouble TwoProduct(double a, double b) {
@@ -52,15 +67,6 @@ inline DoubleDouble TwoProduct(double a, double b) {
     return {p, err};
 }
 
-// a * b for a double-double a and a double b. Relative error below 2^-104:
-// the product of the high parts is exact, a.lo * b adds one rounding of
-// relative size 2^-53 on a term 2^-53 times smaller, and the final sum is
-// exact (FastTwoSum).
-inline DoubleDouble Mul(DoubleDouble a, double b) {
-    const DoubleDouble p = TwoProduct(a.hi, b);
-    return FastTwoSum(p.hi, p.lo + a.lo * b);
-}
-
 // a * b for two double-doubles. Relative error below 2^-102: the neglected
 // a.lo * b.lo is below 2^-106 of the product, and the two cross products and
 // the sum of the low parts add three roundings of 2^-53 on terms below 2^-52
@@ -68,22 +74,6 @@ inline DoubleDouble Mul(DoubleDouble a, double b) {
 inline DoubleDouble Mul(DoubleDouble a, DoubleDouble b) {
     const DoubleDouble p = TwoProduct(a.hi, b.hi);
     return FastTwoSum(p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi));
-}
-
-// a + b for two double-doubles (the accurate sum). Relative error below 2^-103
-// when a and b have the same sign; with opposite signs the absolute error is
-// below 2^-103 * (|a| + |b|).
-inline DoubleDouble Add(DoubleDouble a, DoubleDouble b) {
-    const DoubleDouble s = TwoSum(a.hi, b.hi);
-    const DoubleDouble t = TwoSum(a.lo, b.lo);
-    const DoubleDouble u = FastTwoSum(s.hi, s.lo + t.hi);
-    return FastTwoSum(u.hi, u.lo + t.lo);
-}
-
-// a + b for a double-double a and a double b: the same bounds as Add.
-inline DoubleDouble Add(DoubleDouble a, double b) {
-    const DoubleDouble s = TwoSum(a.hi, b);
-    return FastTwoSum(s.hi, s.lo + a.lo);
 }
 
 // The rounding test. When |hi + lo - f| <= err for the exact value f, and

@@ -164,14 +164,6 @@ SELVORA_NOINLINE Reduction ReduceLarge(double x) {
     return {k, r, err};
 }
 
-// The leading 26 bits of a double (the low 27 bits of its significand cut).
-double Top26(double v) {
-    const uint64_t bits = BitsOf(v) & ~uint64_t{0x7ffffff};
-    double d;
-    std::memcpy(&d, &bits, sizeof d);
-    return d;
-}
-
 // sin(j pi/256 + r) for the reduction (j, r), or false when the rounding test
 // cannot decide. With z = r.hi^2, r1 the leading 26 bits of r.hi and
 // r2 = (r.hi - r1) + r.lo, and C = C1 + C2 + C.lo (C1 the leading 26 bits):
@@ -200,8 +192,9 @@ inline bool SinKernel(int64_t k, DoubleDouble r, double reduction_err, double* r
     const SinEntry& s = kSin[k & 511];
     const SinEntry& c = kSin[(k + 128) & 511];
     const double z = r.hi * r.hi;
-    const double r1 = Top26(r.hi);
-    const double r2 = (r.hi - r1) + r.lo;
+    const DoubleDouble rs = Truncate26(r.hi);
+    const double r1 = rs.hi;
+    const double r2 = rs.lo + r.lo;
     const double p1 = c.top * r1;
     const double p2 = (c.hi - c.top) * r1;
     const double z2 = z * z;  // Estrin's scheme: shorter chains of dependent operations
