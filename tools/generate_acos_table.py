@@ -32,35 +32,14 @@ import sys
 import gmpy2
 from gmpy2 import mpfr
 
+from mpfr_doubles import literal, round_to_double, split
+
 WORK_PRECISION = 400
 # The two ranges of points: (step bits b, first j, last j) for the points
 # a_j = j / 2^b; |a| < 0.90625 uses the first, 0.90625 <= |a| < 0.96875 the
 # second.
 RANGES = [(9, 0, 464), (11, 1856, 1984)]
 DEGREE = 9
-
-
-def round_to_double(v):
-    with gmpy2.local_context(gmpy2.context(), precision=53,
-                             round=gmpy2.RoundToNearest, emin=-1073, emax=1024,
-                             subnormalize=True):
-        r = +v
-        f = float(r)
-    if mpfr(f) != r:
-        raise ValueError("a rounded value is not a double")
-    return f
-
-
-def split(v):
-    hi = round_to_double(v)
-    lo = round_to_double(v - mpfr(hi))
-    return hi, lo
-
-
-def literal(f):
-    if f == 0.0:
-        return "0.0"
-    return f.hex()
 
 
 def coefficients(a, count):

@@ -15,35 +15,10 @@ import sys
 import gmpy2
 from gmpy2 import mpfr
 
+from mpfr_doubles import literal, round_to_double, split
+
 WORK_PRECISION = 400
 TABLE_STEP_BITS = 8  # points c_i = i / 2^8
-
-
-def round_to_double(v):
-    """v rounded to the nearest double (ties to even), as a Python float."""
-    with gmpy2.local_context(gmpy2.context(), precision=53,
-                             round=gmpy2.RoundToNearest, emin=-1073, emax=1024,
-                             subnormalize=True):
-        r = +v  # rounds to the context precision
-        f = float(r)
-    if mpfr(f) != r:
-        raise ValueError("a rounded value is not a double")
-    return f
-
-
-def split(v):
-    """(hi, lo) with hi = RN(v), lo = RN(v - hi)."""
-    hi = round_to_double(v)
-    with gmpy2.local_context(gmpy2.context(), precision=WORK_PRECISION):
-        rest = v - mpfr(hi)
-    lo = round_to_double(rest)
-    return hi, lo
-
-
-def literal(f):
-    if f == 0.0:
-        return "0.0"
-    return f.hex()
 
 
 def table_rows(values):
@@ -62,10 +37,10 @@ def main():
         pi = gmpy2.const_pi()
         half_pi = pi / 2
         three_quarter_pi = 3 * pi / 4
-        table = [split(gmpy2.atan(mpfr(i) / points)) for i in range(points + 1)]
-        cosines = [split(1 / gmpy2.sqrt(1 + (mpfr(i) / points) ** 2))
+        table = [split(gmpy2.atan(mpfr(i) / points), WORK_PRECISION) for i in range(points + 1)]
+        cosines = [split(1 / gmpy2.sqrt(1 + (mpfr(i) / points) ** 2), WORK_PRECISION)
                    for i in range(points + 1)]
-    half_pi_hi, half_pi_lo = split(half_pi)
+    half_pi_hi, half_pi_lo = split(half_pi, WORK_PRECISION)
     three_quarter_pi_rounded = round_to_double(three_quarter_pi)
 
     lines = []

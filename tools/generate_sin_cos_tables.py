@@ -7,32 +7,11 @@ fast paths (src/kernel/sin_cos.cpp), from GNU MPFR through gmpy2:
 import gmpy2
 from gmpy2 import mpfr
 
+from mpfr_doubles import literal, round_to_double, split, truncated
+
 gmpy2.get_context().precision = 2000
 PI = gmpy2.const_pi()
 STEP = PI / 256
-
-
-def to_double(v):
-    """v rounded to the nearest double (ties to even)."""
-    with gmpy2.local_context(gmpy2.ieee(64)):
-        return float(+v)
-
-
-def double_double(v):
-    hi = to_double(v)
-    lo = to_double(v - mpfr(hi))
-    return hi, lo
-
-
-def truncated(v, bits):
-    """v cut to its leading `bits` significant bits."""
-    e, m = gmpy2.frexp(v)
-    scaled = gmpy2.floor(m * 2**bits)
-    return float(scaled * mpfr(2) ** (e - bits))
-
-
-def literal(d):
-    return float.hex(d)
 
 
 def main():
@@ -51,16 +30,16 @@ def main():
     # k * piece is exact for |k| < 2^23.
     p1 = truncated(STEP, 30)
     p2 = truncated(STEP - mpfr(p1), 30)
-    p3 = to_double(STEP - mpfr(p1) - mpfr(p2))
+    p3 = round_to_double(STEP - mpfr(p1) - mpfr(p2))
     rest = STEP - mpfr(p1) - mpfr(p2) - mpfr(p3)
     out.append("// 256/pi rounded to a double: k = round(x * kInvStep).")
-    out.append(f"constexpr double kInvStep = {literal(to_double(256 / PI))};")
+    out.append(f"constexpr double kInvStep = {literal(round_to_double(256 / PI))};")
     out.append("// pi/256 = kStep1 + kStep2 + kStep3 + e, kStep1 and kStep2 of 30 significant")
     out.append(f"// bits, |e| < 2^{int(gmpy2.floor(gmpy2.log2(abs(rest))))+1}.")
     out.append(f"constexpr double kStep1 = {literal(p1)};")
     out.append(f"constexpr double kStep2 = {literal(p2)};")
     out.append(f"constexpr double kStep3 = {literal(p3)};")
-    hi, lo = double_double(STEP)
+    hi, lo = split(STEP)
     out.append("// pi/256 as a double-double.")
     out.append(f"constexpr DoubleDouble kStep = {{{literal(hi)}, {literal(lo)}}};")
     out.append("")
@@ -75,7 +54,7 @@ def main():
         if j % 256 == 0:
             hi, lo, top = 0.0, 0.0, 0.0
         else:
-            hi, lo = double_double(gmpy2.sin(j * STEP))
+            hi, lo = split(gmpy2.sin(j * STEP))
             top = truncated(mpfr(hi), 26)
         out.append(f"    {{{literal(hi)}, {literal(lo)}, {literal(top)}, 0.0}},")
     out.append("};")

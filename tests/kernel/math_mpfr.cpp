@@ -40,17 +40,15 @@ double MpfrDoubles::Round(mpfr_t result, int t) {
     return mpfr_get_d(result, MPFR_RNDN);  // exact: result has a double's precision and range
 }
 
-double MpfrDoubles::Sin(double x) {
+double MpfrDoubles::Unary(int (*f)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t), double x) {
     DoubleExponentRange range;
     mpfr_set_d(a_, x, MPFR_RNDN);
-    return Round(result_, mpfr_sin(result_, a_, MPFR_RNDN));
+    return Round(result_, f(result_, a_, MPFR_RNDN));
 }
 
-double MpfrDoubles::Cos(double x) {
-    DoubleExponentRange range;
-    mpfr_set_d(a_, x, MPFR_RNDN);
-    return Round(result_, mpfr_cos(result_, a_, MPFR_RNDN));
-}
+double MpfrDoubles::Sin(double x) { return Unary(mpfr_sin, x); }
+
+double MpfrDoubles::Cos(double x) { return Unary(mpfr_cos, x); }
 
 void MpfrDoubles::SinCos(double x, double* s, double* c) {
     DoubleExponentRange range;
@@ -63,17 +61,9 @@ void MpfrDoubles::SinCos(double x, double* s, double* c) {
     *c = Round(second_, tc == 0 ? 0 : tc == 1 ? 1 : -1);
 }
 
-double MpfrDoubles::Acos(double x) {
-    DoubleExponentRange range;
-    mpfr_set_d(a_, x, MPFR_RNDN);
-    return Round(result_, mpfr_acos(result_, a_, MPFR_RNDN));
-}
+double MpfrDoubles::Acos(double x) { return Unary(mpfr_acos, x); }
 
-double MpfrDoubles::Atan(double x) {
-    DoubleExponentRange range;
-    mpfr_set_d(a_, x, MPFR_RNDN);
-    return Round(result_, mpfr_atan(result_, a_, MPFR_RNDN));
-}
+double MpfrDoubles::Atan(double x) { return Unary(mpfr_atan, x); }
 
 double MpfrDoubles::Atan2(double y, double x) {
     DoubleExponentRange range;

@@ -31,6 +31,9 @@ class MpfrDoubles {
     double PiTimes(int numerator, int denominator);
 
   private:
+    // f(x) rounded to the nearest double, f one of MPFR's functions of one
+    // argument.
+    double Unary(int (*f)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t), double x);
     // The result held in result_, with ternary value t (the sign of the
     // rounding error), as the nearest double.
     double Round(mpfr_t result, int t);
