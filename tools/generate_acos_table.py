@@ -33,13 +33,14 @@ import gmpy2
 from gmpy2 import mpfr
 
 from mpfr_doubles import literal, round_to_double, split
+from taylor_expansions import (DEGREE, EPS, expansion_row, round_to_bits, tail_bound,
+                               worst_evaluation_ratio)
 
 WORK_PRECISION = 400
 # The two ranges of points: (step bits b, first j, last j) for the points
 # a_j = j / 2^b; |a| < 0.90625 uses the first, 0.90625 <= |a| < 0.96875 the
 # second.
 RANGES = [(9, 0, 464), (11, 1856, 1984)]
-DEGREE = 9
 
 
 def coefficients(a, count):
@@ -53,70 +54,6 @@ def coefficients(a, count):
     for k in range(1, count):
         t.append(b[k - 1] / k)
     return t
-
-
-EPS = mpfr(2) ** -53
-
-
-class Bound:
-    """A value computed in double arithmetic: m bounds the magnitude of its exact
-    counterpart, e the distance between the two (forward error analysis,
-    each operation rounding by at most eps times its result)."""
-
-    def __init__(self, m, e=mpfr(0)):
-        self.m = m
-        self.e = e
-
-    def __add__(self, o):
-        m = self.m + o.m
-        return Bound(m, self.e + o.e + EPS * (m + self.e + o.e))
-
-    def __mul__(self, o):
-        m = self.m * o.m
-        e = self.e * o.m + self.m * o.e + self.e * o.e
-        return Bound(m, e + EPS * (m + e))
-
-
-def evaluation_bound(t, h):
-    """The bound on |q - h^2 P(h)| for q as Acos computes it (Estrin's scheme),
-    the coefficients T_2..T_D taken rounded (within eps of T_k), at |h| = h."""
-    c = [Bound(abs(x), EPS * abs(x)) for x in t]
-    hb = Bound(h)
-    h2 = hb * hb
-    h4 = h2 * h2
-    e0 = c[2] + hb * c[3]
-    e1 = c[4] + hb * c[5]
-    e2 = c[6] + hb * c[7]
-    f0 = e0 + h2 * e1
-    e3 = c[8] + hb * c[9]
-    f1 = e2 + h2 * e3
-    p = f0 + h4 * f1
-    q = h2 * p
-    return q.e
-
-
-def worst_ratio(t, max_h):
-    """max over a grid of h in [-max_h, max_h], h != 0, of the evaluation bound
-    over |h^2 P(h)|."""
-    worst = mpfr(0)
-    steps = 256
-    for i in range(-steps, steps + 1):
-        if i == 0:
-            continue
-        h = max_h * i / steps
-        exact = h * h * sum(t[k] * h ** (k - 2) for k in range(2, DEGREE + 1))
-        worst = max(worst, evaluation_bound(t, abs(h)) / abs(exact))
-    return worst
-
-
-def round_to_bits(v, bits):
-    """v rounded to nearest with a significand of bits bits."""
-    with gmpy2.local_context(gmpy2.context(), precision=bits,
-                             round=gmpy2.RoundToNearest):
-        r = +v
-    f = round_to_double(r)
-    assert mpfr(f) == r
-    return f
 
 
 def slope_bits(j, step_bits):
@@ -151,15 +88,11 @@ def main():
         max_h = mpfr(2) ** -(b + 1)
         a = mpfr(j) / 2**b
         t = coefficients(a, 80)
-        # All coefficients are >= 0 for a >= 0 and |T_(k+1)| h / |T_k| falls
-        # below 1/2 quickly; the tail is summed far out and doubled.
-        tail = sum(t[k] * max_h**k for k in range(DEGREE + 1, 80)) * 2
-        assert t[79] * max_h**79 < mpfr(2) ** -200
-        assert t[79] * max_h**2 < t[77] / 16
+        tail = tail_bound(t, max_h)
         worst_tail = max(worst_tail, tail)
         worst_t2 = max(worst_t2, t[2])
         worst_t1 = max(worst_t1, t[1])
-        worst_ratio_all = max(worst_ratio_all, worst_ratio(t, max_h))
+        worst_ratio_all = max(worst_ratio_all, worst_evaluation_ratio(t, max_h))
         if j == 0:
             lead = 1.0
         else:
@@ -170,7 +103,7 @@ def main():
         worst_bt = max(worst_bt, abs(mpfr(rest)) * max_h)
         values.append(split(half_pi - t[0]))
         values.append(split(half_pi + t[0]))
-        rows.append(((lead, rest), [round_to_double(c) for c in t[2:DEGREE + 1]]))
+        rows.append(expansion_row(lead, rest, t))
     print("worst tail 2^%.2f" % math.log2(float(worst_tail)))
     print("evaluation error <= %.4f eps |q|" % float(worst_ratio_all / EPS))
     print("max T1 %.6f max T2 %.6f" % (float(worst_t1), float(worst_t2)))
@@ -187,21 +120,15 @@ def main():
         f.write("// (see tools/generate_acos_table.py), computed with GNU MPFR at %d bits.\n"
                 % WORK_PRECISION)
         f.write("#pragma once\n\n")
-        f.write('#include "kernel/double_double.h"\n\n')
+        f.write('#include "kernel/double_double.h"\n')
+        f.write('#include "kernel/taylor_expansion.h"\n\n')
         f.write("namespace selvora {\nnamespace math {\nnamespace acos_table {\n\n")
         f.write("// Row i is the point i/512 for i <= kLastCoarse, then (i - kLastCoarse - 1 +\n"
                 "// kFirstFine)/2048 up to kLastFine/2048.\n")
         f.write("constexpr int kLastCoarse = %d;\n" % RANGES[0][2])
         f.write("constexpr int kFirstFine = %d;\n" % RANGES[1][1])
         f.write("constexpr int kLastFine = %d;\n" % RANGES[1][2])
-        f.write("constexpr int kRows = %d;\n" % len(points))
-        f.write("constexpr int kDegree = %d;\n\n" % DEGREE)
-        f.write("// asin'(a_j) = lead + rest: lead rounded to nearest with at most 2 + b + e\n"
-                "// significant bits for a_j = j / 2^b, e = floor(log2(a_j - 2^-(b+1))) (lead\n"
-                "// = 1 = asin'(0) for j = 0), rest = RN(asin'(a_j) - lead); the coefficients\n"
-                "// T_k of h^k, k = 2..kDegree, rounded to nearest.\n")
-        f.write("struct Expansion {\n    double lead;\n    double rest;\n"
-                "    double c[kDegree - 1];\n};\n\n")
+        f.write("constexpr int kRows = %d;\n\n" % len(points))
         f.write("// pi/2 - asin(a_j) at 2i and pi/2 + asin(a_j) at 2i + 1 for row i, as\n"
                 "// double-doubles "
                 "{hi, lo} (hi = RN(v), lo = RN(v - hi): within 2^-106 of v, relative).\n")
@@ -211,11 +138,14 @@ def main():
                 f.write("    // %d\n" % (i // 2))
             f.write("    {%s, %s},\n" % (literal(v[0]), literal(v[1])))
         f.write("};\n\n")
-        f.write("constexpr Expansion kAsinExpansions[kRows] = {\n")
-        for i, (sl, c) in enumerate(rows):
+        f.write("// The expansions of asin: asin'(a_j) = lead + rest, lead rounded to nearest\n"
+                "// with at most 2 + b + e significant bits for a_j = j / 2^b,\n"
+                "// e = floor(log2(a_j - 2^-(b+1))) (lead = 1 = asin'(0) for j = 0),\n"
+                "// rest = RN(asin'(a_j) - lead).\n")
+        f.write("constexpr TaylorExpansion kAsinExpansions[kRows] = {\n")
+        for i, row in enumerate(rows):
             f.write("    // %d\n" % i)
-            f.write("    {%s,\n     %s,\n     {%s}},\n" % (
-                literal(sl[0]), literal(sl[1]), ", ".join(literal(x) for x in c)))
+            f.write("    %s\n" % row)
         f.write("};\n\n}  // namespace acos_table\n}  // namespace math\n"
                 "}  // namespace selvora\n")
     # The rows of coefficients are wrapped as the project's clang-format does.

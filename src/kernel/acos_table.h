@@ -8,6 +8,7 @@
 #pragma once
 
 #include "kernel/double_double.h"
+#include "kernel/taylor_expansion.h"
 
 namespace selvora {
 namespace math {
@@ -19,17 +20,6 @@ constexpr int kLastCoarse = 464;
 constexpr int kFirstFine = 1856;
 constexpr int kLastFine = 1984;
 constexpr int kRows = 594;
-constexpr int kDegree = 9;
-
-// asin'(a_j) = lead + rest: lead rounded to nearest with at most 2 + b + e
-// significant bits for a_j = j / 2^b, e = floor(log2(a_j - 2^-(b+1))) (lead
-// = 1 = asin'(0) for j = 0), rest = RN(asin'(a_j) - lead); the coefficients
-// T_k of h^k, k = 2..kDegree, rounded to nearest.
-struct Expansion {
-    double lead;
-    double rest;
-    double c[kDegree - 1];
-};
 
 // pi/2 - asin(a_j) at 2i and pi/2 + asin(a_j) at 2i + 1 for row i, as
 // double-doubles {hi, lo} (hi = RN(v), lo = RN(v - hi): within 2^-106 of v, relative).
@@ -1818,7 +1808,11 @@ constexpr DoubleDouble kAcosValues[2 * kRows] = {
     {0x1.720a392c1d955p+1, -0x1.eb91490a4cb4ap-53},
 };
 
-constexpr Expansion kAsinExpansions[kRows] = {
+// The expansions of asin: asin'(a_j) = lead + rest, lead rounded to nearest
+// with at most 2 + b + e significant bits for a_j = j / 2^b,
+// e = floor(log2(a_j - 2^-(b+1))) (lead = 1 = asin'(0) for j = 0),
+// rest = RN(asin'(a_j) - lead).
+constexpr TaylorExpansion kAsinExpansions[kRows] = {
     // 0
     {0x1.0000000000000p+0,
      0.0,

@@ -1,26 +1,28 @@
 // atan, atan2 and acos, correctly rounded (math.h).
 //
-// acos(x) for |x| < 0.96875 is evaluated apart, from Taylor expansions of asin
-// around table points (AcosFromExpansion). Otherwise all three come down to an
-// angle
+// All three come down to an angle
 //
 //     theta = Q + sigma atan(z),   z = n / d,   0 < n <= d,
 //
 // with Q one of 0, pi/2, pi and sigma = +-1 chosen by the quadrant: atan(x) is
 // atan(|x|) for |x| <= 1 and pi/2 - atan(1/|x|) beyond; atan2 divides the
-// smaller magnitude by the larger; acos(x) is atan2(sqrt(1 - x^2), x). With
-// the table point c = i/256 nearest z (arc_tangent_table.h holds atan(c) as a
-// double-double),
-//
-//     atan(z) = atan(c) + atan(u),   u = (z - c) / (1 + z c) = (n - c d) / (d + c n),
-//
-// |u| <= 2^-9 (1 + 2^-6), and atan(u) = u + u^3 P(u^2) with P of degree 2
-// (acos uses an arc sine instead, see there). Everything is evaluated in
-// double-double arithmetic (double_double.h); Finish gives the result as hi + lo
-// with a bound err on its distance to theta, and the rounding test RoundsToOne
-// keeps it when every number within err of it rounds to the same double. The
-// rare undecided arguments, and atan2's results below 2^-1021, go to the precise
-// path (precise_math.h).
+// smaller magnitude by the larger; acos(x) is pi/2 - sigma asin(|x|), or
+// atan2(sqrt(1 - x^2), x) near +-1. The ways to the angle, by the table point
+// c nearest z (or |x| for acos):
+//   - atan and atan2 take z = n/d as a double-double (Divide, one division)
+//     and the Taylor expansion of atan around c = i/256, i >= 1
+//     (AtanFromExpansion); for z <= 2^-9, c = 0 and the series of atan(z)
+//     itself (FinishQuotient).
+//   - acos below 0.96875 takes the Taylor expansion of asin around a point
+//     j/512 or j/2048 (AcosFromExpansion), with no square root or division.
+//   - acos from 0.96875 on turns the unit vector (|x|, sqrt(1 - x^2)) by
+//     -atan(c), c = i/256, and finishes with the series of asin (Finish):
+//     there the expansions of asin would need many more points.
+// Each evaluates in double-double arithmetic (double_double.h) and gives the
+// result as hi + lo with a bound err on its distance to theta; the rounding
+// test RoundsToOne keeps it when every number within err of it rounds to the
+// same double. The rare undecided arguments, and atan2's results below
+// 2^-1021, go to the precise path (precise_math.h).
 //
 // Notation for the bounds: eps = 2^-53 (the unit roundoff), RN() rounding to
 // nearest, theta the exact angle, taken > 0 (the sign of the argument is
@@ -41,6 +43,7 @@
 #include "kernel/double_double.h"
 #include "kernel/math.h"
 #include "kernel/precise_math.h"
+#include "kernel/taylor_expansion.h"
 
 namespace selvora {
 namespace math {
@@ -55,7 +58,6 @@ using arc_tangent::kHalfPiLo;
 // the points j/512, j <= kLastCoarse, and |x| in [kCoarseLimit, kFineLimit)
 // from those around j/2048, kFirstFine <= j <= kLastFine: the point nearest
 // such an |x| is in the table.
-static_assert(acos_table::kDegree == 9, "AcosFromExpansion's polynomial");
 constexpr double kCoarseLimit = static_cast<double>(acos_table::kLastCoarse) / 512;
 static_assert(kCoarseLimit == static_cast<double>(acos_table::kFirstFine) / 2048,
               "the fine points start where the coarse ones end");
@@ -112,39 +114,29 @@ inline DoubleDouble Square(double a) {
     return {hi, ((as.hi * as.hi - hi) + 2.0 * (as.hi * as.lo)) + as.lo * as.lo};
 }
 
-// n / d for n = n.hi + n.lo (|n.lo| <= eps |n.hi|, or n a double) and
-// d = d.hi + d.lo (|d.lo| <= 2.1 eps d.hi), given inv within 3.1 eps of 1/d:
-// an approximate quotient q, then the remainder n - q d divided through inv.
-// The result q + lo is within 2^-100 |n/d| of n/d, and |lo| <= 9.4 eps |q|
-// (not renormalised):
-//   q = RN(n.hi inv) is within 4.11 eps of n.hi / d, so q d.hi is within
-//   6.22 eps of n.hi. R1 = n.hi - q d.hi is formed with Dekker's product folded
-//   in (Remainder): with q and d.hi split into halves of 26 bits (Veltkamp)
-//   and w = ulp(q) ulp(d.hi), n.hi is a multiple of 2^51 w, and the
-//   partial results n.hi - qh dh, then - ql dh, then - qh dl are multiples of
-//   2^51 w below 2^81 w, of 2^27 w below 2^79 w + 2^56 w, and of 2^27 w below
-//   2^57 w: representable, so exact. Only the last step, - ql dl, rounds:
-//   eps |R1| <= 6.22 eps^2 |n.hi|. R2 = n.lo - q d.lo (|R2| <= 3.11 eps |n.hi|)
-//   rounds twice (2.1 + 3.11 eps^2 |n.hi|), R1 + R2 once (9.33 eps^2 |n.hi|).
-//   Then RN(R inv) is within 4.11 eps of R/d: 9.33 * 4.11 eps^2 |n.hi/d|.
-//   In all 59 eps^2 |n/d| < 2^-100 |n/d|.
-// No product may underflow: all of them here stay above 2^-700.
+// n / d for doubles n > 0 and d > 0 as q + lo, q = RN(n/d): the remainder
+// n - q d divided through inv = RN(1/d) (the two divisions do not wait for each
+// other). The result is within 2^-104 n/d of n/d, and |lo| <= 1.01 eps q:
+//   q is within eps of n/d, so q d within 1.01 eps of n. R = n - q d is formed
+//   with Dekker's product folded in (Remainder): with q and d split into
+//   halves of 26 bits (Veltkamp) and w = ulp(q) ulp(d), n is a multiple of
+//   2^51 w, and the partial results n - qh dh, then - ql dh, then - qh dl are
+//   multiples of 2^51 w below 2^81 w, of 2^27 w below 2^79 w + 2^56 w, and of
+//   2^27 w below 2^57 w: representable, so exact. Only the last step, - ql dl,
+//   rounds: eps |R| <= 1.01 eps^2 n. Then RN(R inv) is within 2.01 eps of R/d:
+//   in all 3.1 eps^2 n/d < 2^-104 n/d.
+// No product may underflow: callers keep d in [2^-500, 2^500] and n/d above
+// 2^-110.
 inline double Remainder(double n, double q, double d) {
     const DoubleDouble qs = Split(q);
     const DoubleDouble ds = Split(d);
     return (((n - qs.hi * ds.hi) - qs.lo * ds.hi) - qs.hi * ds.lo) - qs.lo * ds.lo;
 }
 
-inline DoubleDouble Divide(DoubleDouble n, DoubleDouble d, double inv) {
-    const double q = n.hi * inv;
-    const double r = Remainder(n.hi, q, d.hi) + (n.lo - q * d.lo);
-    return {q, r * inv};
-}
-
-inline DoubleDouble Divide(double n, DoubleDouble d, double inv) {
-    const double q = n * inv;
-    const double r = Remainder(n, q, d.hi) - q * d.lo;
-    return {q, r * inv};
+inline DoubleDouble Divide(double n, double d) {
+    const double q = n / d;
+    const double inv = 1.0 / d;
+    return {q, Remainder(n, q, d) * inv};
 }
 
 // The table point nearest z in [0, 1 + 2^-49]: adding 1.5 * 2^44 (whose ulp is
@@ -306,23 +298,83 @@ inline bool AcosFromExpansion(double x, double a, double magic, int offset, doub
     uint64_t bits;
     std::memcpy(&bits, &t, sizeof bits);
     const int i = static_cast<int>(bits & 0x7ff) + offset;
-    const acos_table::Expansion& expansion = acos_table::kAsinExpansions[i];
+    const TaylorExpansion& expansion = acos_table::kAsinExpansions[i];
     const DoubleDouble k = acos_table::kAcosValues[2 * i + static_cast<int>(std::signbit(x))];
     const double h = a - (t - magic);
     const double sigma = -std::copysign(1.0, x);
-    const double* c = expansion.c;  // T2..T9
-    const double h2 = h * h;
-    const double h4 = h2 * h2;
-    const double e0 = c[0] + h * c[1];
-    const double e1 = c[2] + h * c[3];
-    const double e2 = c[4] + h * c[5];
-    const double e3 = c[6] + h * c[7];
-    const double q = h2 * ((e0 + h2 * e1) + h4 * (e2 + h2 * e3));
+    const double q = HigherTerms(expansion, h);
     const double v = expansion.rest * h + q;
     const DoubleDouble s = FastTwoSum(k.hi, sigma * (expansion.lead * h));
     const double lo = (s.lo + k.lo) + sigma * v;
     const double err = 0x1.8p-50 * (std::fabs(q) + std::fabs(v)) + 0x1.7p-73;
     return RoundsToOne(s.hi, lo, err, result);
+}
+
+// theta = Q + sigma atan(z) from the Taylor expansion of atan around the table
+// point c = i/256 nearest z.hi, i >= 1 (z.hi > 2^-9), and K = Q + sigma atan(c)
+// (ConstantPart). z = z.hi + z.lo is within 2^-104 z of the exact ratio, with
+// |z.lo| <= 1.01 eps z.hi (Divide). Stores the correctly rounded theta in
+// *result and returns true when the rounding test decides. With
+//     hh = z.hi - c,   atan(z) = atan(c) + T1 (hh + z.lo) + P(hh + z.lo) + tail,
+//     P(h) = T2 h^2 + ... + T9 h^9,
+// from arc_tangent_table.h: T1 = lead + rest, lead = atan'(c) rounded to 26
+// bits and rest the rest (|rest| <= 2^-26 lead); |tail| <= 2^-92.4 (the
+// generator checks it for |h| <= 2^-9 (1 + 2^-40)). hh is exact: Sterbenz, as
+// z.hi > 2^-9 = c/2 for i = 1 and |z.hi - c| <= 2^-9 <= c/2 beyond.
+// theta >= atan(2^-9) > 0.99 2^-9, and z <= 1.28 theta (z <= 4 atan(z) / pi
+// when Q = 0; theta >= pi/4 and z <= 1 otherwise).
+//
+// P is evaluated at hh, available before z.lo, and z.lo enters through the
+// slope: P(hh + z.lo) = P(hh) + z.lo P'(hh) + O(z.lo^2), and
+// |P'(hh) - hh (2 T2 + 3 T3 hh)| <= 2^-27.3 (the generator's bound).
+// The terms, with eps = 2^-53:
+//   lead hh = lead hs.hi + lead hs.lo, both exact: hs.hi has 26 significant
+//     bits, hs.lo 27 (Truncate26), and hh, a multiple of ulp(z.hi) >= 2^-61,
+//     keeps the products far above underflow. K.hi + sigma lead hs.hi =
+//     s.hi + s.lo exactly (FastTwoSum: K.hi >= RN(atan 2^-8) > 2^-9 >= |hh|,
+//     or K.hi >= pi/4; lead <= 1).
+//   q = HigherTerms(hh) is within 8.6 eps |q| of P(hh) (the generator's bound
+//     on the evaluation, the rounding of T2..T9 included).
+//   the slope term z.lo (lead + hh (2 T2 + 3 T3 hh)): against z.lo (T1 +
+//     P'(hh)), the left-out rest z.lo and the derivative's tail,
+//     1.01 eps z (2^-26 + 2^-27.3), and the roundings, a few eps |z.lo| 2^-9
+//     and eps |z.lo| lead: below 2^-77.8 z with z.lo^2 P'' (|P''| < 1).
+//   v = ((lead hs.lo + rest hh) + slope term) + q: rest's own error and the
+//     product's (2^-88 each), the first two sums (below 2^-34 each, so 2^-87
+//     each) and the last (eps |v|).
+//   lo = (s.lo + K.lo) + sigma v (2^-104 theta and eps |lo|, |lo| <= |v| +
+//     3.1 eps theta), the rounding test's inner sums (eps (|lo| + err) each),
+//     K's own error (2^-104 (|Q| + atan c) <= 2^-101.7 theta), Divide's
+//     (2^-104 z) and the tail.
+// In all below 8.6 eps |q| + 3 eps |v| + 2^-77.4 theta (z <= 1.28 theta) +
+// 2^-85.4 (absolute; below 2^-76.4 theta): err = 12 eps (|q| + |v|) +
+// 2^-75 s.hi covers it and the roundings in forming err, as theta <= (1 +
+// 2^-10) s.hi (|q| <= 2^-19.6 and |v| below 2^-19.5 against s.hi >= 2^-9.1).
+inline bool AtanFromExpansion(DoubleDouble k, double sigma, const TablePoint& t, DoubleDouble z,
+                              double* result) {
+    const TaylorExpansion& e = arc_tangent::kAtanExpansions[t.i];
+    const double hh = z.hi - t.c;
+    const double q = HigherTerms(e, hh);
+    const DoubleDouble hs = Truncate26(hh);
+    const DoubleDouble s = FastTwoSum(k.hi, sigma * (e.lead * hs.hi));
+    const double slope = e.lead + hh * (2.0 * e.c[0] + (3.0 * e.c[1]) * hh);
+    const double v = ((e.lead * hs.lo + e.rest * hh) + z.lo * slope) + q;
+    const double lo = (s.lo + k.lo) + sigma * v;
+    const double err = 0x1.8p-50 * (std::fabs(q) + std::fabs(v)) + 0x1p-75 * s.hi;
+    return RoundsToOne(s.hi, lo, err, result);
+}
+
+// theta = Q + sigma atan(z) for z = z.hi + z.lo from Divide, 2^-110 <= z <= 1
+// (z.hi <= 1 + 2^-52), the quadrant's Q and sigma. Stores the correctly
+// rounded theta in *result and returns true when the rounding test decides.
+inline bool AtanOfRatio(DoubleDouble z, const Quadrant& quadrant, double* result) {
+    if (z.hi <= 0x1p-9) {
+        // c = 0: u = z, |u| <= 2^-9 (1 + 2^-51).
+        return FinishQuotient({quadrant.q_hi, quadrant.q_lo}, quadrant.sigma, z, result);
+    }
+    const TablePoint t = NearestPoint(z.hi);
+    return AtanFromExpansion(ConstantPart(quadrant.q_hi, quadrant.q_lo, quadrant.sigma, t.i),
+                             quadrant.sigma, t, z, result);
 }
 
 // atan2 when an argument is a zero or an infinity (no NaN), as C's
@@ -359,47 +411,11 @@ double Atan(double x) {
         // subnormal a too, their ulp being larger still relative to a.
         return x;
     }
+    // atan(a) = atan(a / 1) for a <= 1, pi/2 - atan(1 / a) beyond.
+    const DoubleDouble z = a <= 1.0 ? DoubleDouble{a, 0.0} : Divide(1.0, a);
     double r;
-    if (a < 0x1p-9) {
-        // c = 0: u = a, exact.
-        if (FinishQuotient({0.0, 0.0}, 1.0, {a, 0.0}, &r)) return std::copysign(r, x);
-    } else if (a <= 1.0) {
-        // c = i/256 nearest a (c = 0 only for a = 2^-9): u = (a - c) / (1 + a c),
-        // |u| <= 2^-9. a - c is exact (Sterbenz): a > 2^-9 = c/2 for i = 1, and
-        // |a - c| <= 2^-9 <= c/2 beyond. 1 + a c is the exact sum of 1 + ah c
-        // and al c (Truncate26): ah is a multiple of 2^-34 (a > 2^-9), so
-        // ah c <= 1 is a multiple of 2^-42 and 1 + ah c fits in 43 bits; al c
-        // has at most 36 bits; FastTwoSum renormalises the sum exactly. The
-        // reciprocal RN(1 / RN(1 + RN(a c))) is within 3.01 eps of 1 / (1 + a c).
-        // So u has Divide's error only.
-        const TablePoint t = NearestPoint(a);
-        const DoubleDouble as = Truncate26(a);
-        const DoubleDouble d = FastTwoSum(1.0 + as.hi * t.c, as.lo * t.c);
-        const DoubleDouble u = Divide(a - t.c, d, 1.0 / (1.0 + a * t.c));
-        if (FinishQuotient(kAtanTable[t.i], 1.0, u, &r)) return std::copysign(r, x);
-    } else if (a < 512.0) {
-        // atan(a) = pi/2 - atan(1/a) = pi/2 - atan(c) - atan(u), c = i/256
-        // nearest w = RN(1/a) > 2^-9 (so i >= 1): |1/a - c| <= 2^-9 + 2^-54 and
-        //     u = (1/a - c) / (1 + c/a) = (1 - a c) / (a + c),   |u| <= 2^-9 (1 + 2^-45).
-        // a c = p.hi + p.lo exactly (TimesPoint) lies in [2/3, 2 (1 + 2^-52)],
-        // so 1 - p.hi is exact (Sterbenz up to 2, a multiple of 2^-51 in
-        // [-1 - 2^-51, -1] beyond); it is zero or at least ulp(p.hi) >= 2 |p.lo|,
-        // so FastTwoSum renormalises the numerator exactly. The denominator
-        // a + c is exact (FastTwoSum, a > c), inv = RN(1 / d.hi) within 2.01 eps.
-        // So u has Divide's error only.
-        const TablePoint t = NearestPoint(1.0 / a);
-        const DoubleDouble p = TimesPoint(a, t.c);
-        const DoubleDouble n = FastTwoSum(1.0 - p.hi, -p.lo);
-        const DoubleDouble d = FastTwoSum(a, t.c);
-        const DoubleDouble u = Divide(n, d, 1.0 / d.hi);
-        if (FinishQuotient(ConstantPart(kHalfPiHi, kHalfPiLo, -1.0, t.i), -1.0, u, &r)) {
-            return std::copysign(r, x);
-        }
-    } else {
-        // atan(a) = pi/2 - atan(u), u = 1/a <= 2^-9 (c = 0), by Divide from the
-        // exact 1 and a.
-        const DoubleDouble u = Divide(1.0, {a, 0.0}, 1.0 / a);
-        if (FinishQuotient({kHalfPiHi, kHalfPiLo}, -1.0, u, &r)) return std::copysign(r, x);
+    if (AtanOfRatio(z, QuadrantOf(a > 1.0, false), &r)) {
+        return std::copysign(r, x);
     }
     // atan(x) = atan2(x, 1) for every finite nonzero x.
     return precise::Atan2(x, 1.0);
@@ -416,12 +432,24 @@ double Atan2(double y, double x) {
     double n = std::min(ax, ay);
     double d = std::max(ax, ay);
     const Quadrant& quadrant = QuadrantOf(swapped, std::signbit(x));
-    // zh = RN(z), z = n/d <= 1, correctly rounded in the subnormal range too.
-    const double zh = n / d;
+    // Scale n and d by the same power of two (z = n/d does not change) so that
+    // 2^-500 <= d <= 2^500 and Divide's products neither overflow nor
+    // underflow. Exactly, but for n < 2^-422 when d > 2^500: then z < 2^-922,
+    // and the tiny-ratio case takes z from the unscaled values. Otherwise
+    // z >= 2^-54 keeps n above 2^-555.
+    if (d > 0x1p500) {
+        n *= 0x1p-600;
+        d *= 0x1p-600;
+    } else if (d < 0x1p-500) {
+        n *= 0x1p600;
+        d *= 0x1p600;
+    }
     double r;
-
-    if (zh < 0x1p-54) {
-        // A tiny ratio, z < 2^-53.9.
+    const DoubleDouble z = Divide(n, d);
+    if (z.hi < 0x1p-54) {
+        // A tiny ratio, z < 2^-54 (z.hi = RN(z); or z < 2^-922 when scaling
+        // rounded n). zh = RN(z), from the unscaled magnitudes.
+        const double zh = std::min(ax, ay) / std::max(ax, ay);
         if (quadrant.q_hi == 0.0) {
             // theta = atan(z) lies in [z - z^3/3, z]. Write n = N 2^e,
             // d = D 2^f (N, D < 2^53 integers) and let m = M 2^k (M odd,
@@ -445,45 +473,7 @@ double Atan2(double y, double x) {
         if (RoundsToOne(quadrant.q_hi, lo, 0x1p-100, &r)) return std::copysign(r, y);
         return precise::Atan2(y, x);
     }
-
-    // Scale n and d by the same power of two (z does not change) so that
-    // 2^-500 <= d <= 2^500: exactly, as z >= 2^-54 keeps n above 2^-555. The
-    // products below then neither overflow nor underflow.
-    if (d > 0x1p500) {
-        n *= 0x1p-600;
-        d *= 0x1p-600;
-    } else if (d < 0x1p-500) {
-        n *= 0x1p600;
-        d *= 0x1p600;
-    }
-    if (zh < 0x1p-9) {
-        // c = 0: u = z = n/d, by Divide from the exact n and d.
-        const DoubleDouble u = Divide(n, {d, 0.0}, 1.0 / d);
-        if (FinishQuotient({quadrant.q_hi, quadrant.q_lo}, quadrant.sigma, u, &r)) {
-            return std::copysign(r, y);
-        }
-        return precise::Atan2(y, x);
-    }
-    // c = i/256 nearest zh: |z - c| <= 2^-9 + 2^-54, |u| <= 2^-9 (1 + 2^-45).
-    // The numerator n - c d: c d = p.hi + p.lo exactly and n - p.hi is exact
-    // (Sterbenz). For i = 1, p.hi = d/256, and zh > 2^-9 (so zh >= 2^-9 (1 +
-    // 2^-52), z within half an ulp of it) means n/d > 2^-9, n > p.hi / 2. For
-    // i >= 2, |z - c| <= 2^-9 + 2^-54 <= c/2 (1 - 2 eps) keeps n within
-    // [p.hi/2, 2 p.hi]. n - p.hi is zero or a multiple of ulp(p.hi)/2 >= |p.lo|,
-    // so FastTwoSum renormalises the numerator exactly. The denominator
-    // d + c n = e.hi + e.lo + q.lo has one rounding (2^-104 relative);
-    // |e.lo + q.lo| <= 2.01 eps e.hi and inv = RN(1 / e.hi) is within 3.03 eps
-    // of its reciprocal. So u has Divide's error, and 2^-104 |u|, only.
-    const TablePoint t = NearestPoint(zh);
-    const DoubleDouble p = TimesPoint(d, t.c);
-    const DoubleDouble num = FastTwoSum(n - p.hi, -p.lo);
-    const DoubleDouble q = TimesPoint(n, t.c);
-    const DoubleDouble e = FastTwoSum(d, q.hi);
-    const DoubleDouble u = Divide(num, {e.hi, e.lo + q.lo}, 1.0 / e.hi);
-    if (FinishQuotient(ConstantPart(quadrant.q_hi, quadrant.q_lo, quadrant.sigma, t.i),
-                       quadrant.sigma, u, &r)) {
-        return std::copysign(r, y);
-    }
+    if (AtanOfRatio(z, quadrant, &r)) return std::copysign(r, y);
     return precise::Atan2(y, x);
 }
 
