@@ -188,14 +188,19 @@ bool LoadWithCImage(benchmark::State& state, const std::string& path, bool check
     return true;
 }
 
-void LoadLoop(benchmark::State& state, const std::string& path) {
-    if (!FilesReady(state) || !LoadWithCImage(state, path, true)) return;
+// One way of loading a file into a 4096 x 4096 block, as the LoadWith...
+// functions: false (and the benchmark skipped) when it failed.
+using Loader = bool (*)(benchmark::State& state, const std::string& path, bool checkPixels);
+
+// Times `load` on `path`, once checked to give the picture.
+void LoadLoop(benchmark::State& state, Loader load, const std::string& path) {
+    if (!FilesReady(state) || !load(state, path, true)) return;
     for (auto _ : state) {
-        if (!LoadWithCImage(state, path, false)) break;
+        if (!load(state, path, false)) break;
     }
 }
 
-void BM_CImage_LoadBmp(benchmark::State& state) { LoadLoop(state, TheFiles().bmp); }
+void BM_CImage_LoadBmp(benchmark::State& state) { LoadLoop(state, LoadWithCImage, TheFiles().bmp); }
 BENCHMARK(BM_CImage_LoadBmp)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // stbi_load delivers the picture top row first, as R, G, B.
@@ -217,25 +222,41 @@ bool LoadWithStb(benchmark::State& state, const std::string& path, bool checkPix
     return true;
 }
 
-void BM_Stb_LoadBmp(benchmark::State& state) {
-    if (!FilesReady(state) || !LoadWithStb(state, TheFiles().bmp, true)) return;
-    for (auto _ : state) {
-        if (!LoadWithStb(state, TheFiles().bmp, false)) break;
-    }
-}
+void BM_Stb_LoadBmp(benchmark::State& state) { LoadLoop(state, LoadWithStb, TheFiles().bmp); }
 BENCHMARK(BM_Stb_LoadBmp)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void BM_CImage_LoadTif(benchmark::State& state) { LoadLoop(state, TheFiles().tif); }
+void BM_CImage_LoadTif(benchmark::State& state) { LoadLoop(state, LoadWithCImage, TheFiles().tif); }
+
+// libtiff's handle of `path`; null (and the benchmark skipped) when it cannot
+// be opened.
+TIFF* OpenTiff(benchmark::State& state, const std::string& path) {
+    TIFF* tif = TIFFOpen(path.c_str(), "r");
+    if (!tif) state.SkipWithError("TIFFOpen failed");
+    return tif;
+}
+
+// The end of a libtiff load into `block` (from malloc) through `buffer`
+// (from _TIFFmalloc): `ok` when it worked. Frees the buffer and closes the
+// file, then checks the pixels when asked for (the picture bottom row first)
+// and frees the block; false, with the benchmark stopped on `failure`,
+// unless all went well.
+bool FinishTiffLoad(benchmark::State& state, TIFF* tif, void* buffer, unsigned char* block, bool ok,
+                    bool checkPixels, const char* failure) {
+    _TIFFfree(buffer);
+    TIFFClose(tif);
+    ok = ok && (!checkPixels || IsPicture(block, true));
+    benchmark::DoNotOptimize(block);
+    std::free(block);
+    if (!ok) state.SkipWithError(failure);
+    return ok;
+}
 BENCHMARK(BM_CImage_LoadTif)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The bare libtiff way to the same block: one scanline buffer, each row read
 // and copied to block row height - 1 - r.
 bool LoadWithLibTiff(benchmark::State& state, const std::string& path, bool checkPixels) {
-    TIFF* tif = TIFFOpen(path.c_str(), "r");
-    if (!tif) {
-        state.SkipWithError("TIFFOpen failed");
-        return false;
-    }
+    TIFF* tif = OpenTiff(state, path);
+    if (!tif) return false;
     std::uint32_t w = 0, h = 0;
     std::uint16_t bitsPerSample = 0, samplesPerPixel = 0, planar = 0;
     TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &w);
@@ -257,34 +278,25 @@ bool LoadWithLibTiff(benchmark::State& state, const std::string& path, bool chec
         ok = TIFFReadScanline(tif, scanline, r, 0) == 1;
         std::memcpy(block + (h - 1 - r) * rowBytes, scanline, rowBytes);
     }
-    _TIFFfree(scanline);
-    TIFFClose(tif);
-    ok = ok && (!checkPixels || IsPicture(block, true));
-    benchmark::DoNotOptimize(block);
-    std::free(block);
-    if (!ok) state.SkipWithError("the libtiff scanline loop failed");
-    return ok;
+    return FinishTiffLoad(state, tif, scanline, block, ok, checkPixels,
+                          "the libtiff scanline loop failed");
 }
 
 void BM_LibTiff_ScanlineLoop(benchmark::State& state) {
-    if (!FilesReady(state) || !LoadWithLibTiff(state, TheFiles().tif, true)) return;
-    for (auto _ : state) {
-        if (!LoadWithLibTiff(state, TheFiles().tif, false)) break;
-    }
+    LoadLoop(state, LoadWithLibTiff, TheFiles().tif);
 }
 BENCHMARK(BM_LibTiff_ScanlineLoop)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void BM_CImage_LoadTifConverted(benchmark::State& state) { LoadLoop(state, TheFiles().planes); }
+void BM_CImage_LoadTifConverted(benchmark::State& state) {
+    LoadLoop(state, LoadWithCImage, TheFiles().planes);
+}
 BENCHMARK(BM_CImage_LoadTifConverted)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // libtiff's own way to R, G, B for any picture: the whole image through
 // TIFFReadRGBAImageOriented, bottom row first, then packed to three bytes.
 bool LoadWithRgba(benchmark::State& state, const std::string& path, bool checkPixels) {
-    TIFF* tif = TIFFOpen(path.c_str(), "r");
-    if (!tif) {
-        state.SkipWithError("TIFFOpen failed");
-        return false;
-    }
+    TIFF* tif = OpenTiff(state, path);
+    if (!tif) return false;
     const std::size_t pixels = std::size_t{kSide} * kSide;
     auto* raster = static_cast<std::uint32_t*>(_TIFFmalloc(tmsize_t(pixels * 4)));
     auto* block = static_cast<unsigned char*>(std::malloc(pixels * 3));
@@ -295,20 +307,12 @@ bool LoadWithRgba(benchmark::State& state, const std::string& path, bool checkPi
         block[3 * i + 1] = static_cast<unsigned char>(TIFFGetG(raster[i]));
         block[3 * i + 2] = static_cast<unsigned char>(TIFFGetB(raster[i]));
     }
-    _TIFFfree(raster);
-    TIFFClose(tif);
-    ok = ok && (!checkPixels || IsPicture(block, true));
-    benchmark::DoNotOptimize(block);
-    std::free(block);
-    if (!ok) state.SkipWithError("libtiff's RGBA reading failed");
-    return ok;
+    return FinishTiffLoad(state, tif, raster, block, ok, checkPixels,
+                          "libtiff's RGBA reading failed");
 }
 
 void BM_LibTiff_ReadRgbaImage(benchmark::State& state) {
-    if (!FilesReady(state) || !LoadWithRgba(state, TheFiles().planes, true)) return;
-    for (auto _ : state) {
-        if (!LoadWithRgba(state, TheFiles().planes, false)) break;
-    }
+    LoadLoop(state, LoadWithRgba, TheFiles().planes);
 }
 BENCHMARK(BM_LibTiff_ReadRgbaImage)->Unit(benchmark::kMillisecond)->UseRealTime();
 

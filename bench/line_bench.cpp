@@ -92,48 +92,33 @@ void BM_Line_PointSampleByStep(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(n));
 }
 
-void BM_Line_HandLoopByStep(benchmark::State& state) {
+// Times a hand-written loop into a fresh vector each iteration, once checked
+// to give the very same points as PointSample (the comparison is fair only
+// then).
+void TimeHandLoop(benchmark::State& state, void (*loop)(Line&, std::vector<Point3d>&)) {
     Line line = BenchLine();
     const int n = line.NSamples(kLineStep);
     {
-        // The comparison is fair only if both compute the very same points.
         OvPnt3dArray library;
         line.PointSample(kLineStep, library);
         std::vector<Point3d> hand;
-        HandLoop(line, hand);
+        loop(line, hand);
         if (library.GetSize() != n || hand.size() != static_cast<size_t>(n) ||
             std::memcmp(library.GetData(), hand.data(), sizeof(Point3d) * n) != 0)
             state.SkipWithError("the hand-written loop differs from PointSample");
     }
     for (auto _ : state) {
         std::vector<Point3d> points;
-        HandLoop(line, points);
+        loop(line, points);
         benchmark::DoNotOptimize(points.data());
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(n));
 }
 
-void BM_Line_HandLoopByStepZeroed(benchmark::State& state) {
-    Line line = BenchLine();
-    const int n = line.NSamples(kLineStep);
-    {
-        OvPnt3dArray library;
-        line.PointSample(kLineStep, library);
-        std::vector<Point3d> hand;
-        HandLoopZeroed(line, hand);
-        if (library.GetSize() != n || hand.size() != static_cast<size_t>(n) ||
-            std::memcmp(library.GetData(), hand.data(), sizeof(Point3d) * n) != 0)
-            state.SkipWithError("the hand-written loop differs from PointSample");
-    }
-    for (auto _ : state) {
-        std::vector<Point3d> points;
-        HandLoopZeroed(line, points);
-        benchmark::DoNotOptimize(points.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(n));
-}
+void BM_Line_HandLoopByStep(benchmark::State& state) { TimeHandLoop(state, HandLoop); }
+
+void BM_Line_HandLoopByStepZeroed(benchmark::State& state) { TimeHandLoop(state, HandLoopZeroed); }
 
 }  // namespace
 

@@ -154,13 +154,38 @@ void SetPerCall(benchmark::State& state) {
         kArguments, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-void UnaryThroughput(benchmark::State& state, Unary f, Unary check, const Arguments& arguments) {
-    const std::vector<double>& x = *arguments;
+// The calls of a function of one argument on a range: f(x[i]), in the
+// latency loop f(x[i] + d). A plain pointer, held in a register by the loops;
+// the benchmark keeps the arguments alive.
+struct OnX {
+    explicit OnX(const Arguments& xs) : x(xs->data()) {}
+    double operator()(Unary f, int i) const { return f(x[i]); }
+    double operator()(Unary f, int i, double d) const { return f(x[i] + d); }
+    std::string Text(int i) const { return ArgumentText(x[i]); }
+
+    const double* x;
+};
+
+// The same for atan2: f(y[i], x[i]), in the latency loop f(y[i] + d, x[i]).
+struct OnYX {
+    OnYX(const Arguments& ys, const Arguments& xs) : y(ys->data()), x(xs->data()) {}
+    double operator()(Binary f, int i) const { return f(y[i], x[i]); }
+    double operator()(Binary f, int i, double d) const { return f(y[i] + d, x[i]); }
+    std::string Text(int i) const { return ArgumentText(y[i], x[i]); }
+
+    const double* y;
+    const double* x;
+};
+
+// f on every argument of `on`, the calls independent and their results
+// summed; first f is checked against `check`, when there is one.
+template <typename F, typename On>
+void Throughput(benchmark::State& state, F f, F check, On on) {
     if (check != nullptr) {
         const std::string wrong = Disagreement([&](int i, double& mine, double& reference) {
-            mine = f(x[i]);
-            reference = check(x[i]);
-            return ArgumentText(x[i]);
+            mine = on(f, i);
+            reference = on(check, i);
+            return on.Text(i);
         });
         if (!wrong.empty()) {
             state.SkipWithError(wrong.c_str());
@@ -170,14 +195,16 @@ void UnaryThroughput(benchmark::State& state, Unary f, Unary check, const Argume
     benchmark::DoNotOptimize(f);
     for (auto _ : state) {
         double sum = 0.0;
-        for (double v : x) sum += f(v);
+        for (int i = 0; i < kArguments; ++i) sum += on(f, i);
         benchmark::DoNotOptimize(sum);
     }
     SetPerCall(state);
 }
 
-void UnaryLatency(benchmark::State& state, Unary f, const Arguments& arguments) {
-    const std::vector<double>& x = *arguments;
+// f on every argument of `on`, each call's first argument depending on the
+// previous result.
+template <typename F, typename On>
+void Latency(benchmark::State& state, F f, On on) {
     benchmark::DoNotOptimize(f);
     double zero = 0.0;
     benchmark::DoNotOptimize(zero);
@@ -185,45 +212,7 @@ void UnaryLatency(benchmark::State& state, Unary f, const Arguments& arguments) 
     // its argument unchanged, but only once the previous call has returned.
     double r = 0.0;
     for (auto _ : state) {
-        for (double v : x) r = f(v + r * zero);
-    }
-    benchmark::DoNotOptimize(r);
-    SetPerCall(state);
-}
-
-void BinaryThroughput(benchmark::State& state, Binary f, Binary check, const Arguments& ys,
-                      const Arguments& xs) {
-    const std::vector<double>& y = *ys;
-    const std::vector<double>& x = *xs;
-    if (check != nullptr) {
-        const std::string wrong = Disagreement([&](int i, double& mine, double& reference) {
-            mine = f(y[i], x[i]);
-            reference = check(y[i], x[i]);
-            return ArgumentText(y[i], x[i]);
-        });
-        if (!wrong.empty()) {
-            state.SkipWithError(wrong.c_str());
-            return;
-        }
-    }
-    benchmark::DoNotOptimize(f);
-    for (auto _ : state) {
-        double sum = 0.0;
-        for (int i = 0; i < kArguments; ++i) sum += f(y[i], x[i]);
-        benchmark::DoNotOptimize(sum);
-    }
-    SetPerCall(state);
-}
-
-void BinaryLatency(benchmark::State& state, Binary f, const Arguments& ys, const Arguments& xs) {
-    const std::vector<double>& y = *ys;
-    const std::vector<double>& x = *xs;
-    benchmark::DoNotOptimize(f);
-    double zero = 0.0;
-    benchmark::DoNotOptimize(zero);
-    double r = 0.0;
-    for (auto _ : state) {
-        for (int i = 0; i < kArguments; ++i) r = f(y[i] + r * zero, x[i]);
+        for (int i = 0; i < kArguments; ++i) r = on(f, i, r * zero);
     }
     benchmark::DoNotOptimize(r);
     SetPerCall(state);
@@ -251,38 +240,24 @@ void Configure(benchmark::internal::Benchmark* b) {
     b->Unit(benchmark::kMicrosecond)->UseRealTime();
 }
 
-// BM_Selvora_<name> and BM_Selvora_<name>_Latency, and the same with glibc.
-void RegisterUnary(const std::string& name, Unary mine, Unary glibc, const Arguments& x) {
+// BM_Selvora_<name> and BM_Selvora_<name>_Latency, and the same with glibc,
+// on the ranges' arguments (one range, or y and x for atan2).
+template <typename On, typename F, typename... Ranges>
+void Register(const std::string& name, F mine, F glibc, const Ranges&... ranges) {
     Configure(benchmark::RegisterBenchmark(
         ("BM_Selvora_" + name).c_str(),
-        [=](benchmark::State& state) { UnaryThroughput(state, mine, glibc, x); }));
+        [=](benchmark::State& state) { Throughput(state, mine, glibc, On(ranges...)); }));
     Configure(benchmark::RegisterBenchmark(
         ("BM_Selvora_" + name + "_Latency").c_str(),
-        [=](benchmark::State& state) { UnaryLatency(state, mine, x); }));
+        [=](benchmark::State& state) { Latency(state, mine, On(ranges...)); }));
     if (glibc == nullptr) return;
-    Configure(benchmark::RegisterBenchmark(
-        ("BM_Glibc_" + name).c_str(),
-        [=](benchmark::State& state) { UnaryThroughput(state, glibc, nullptr, x); }));
+    Configure(
+        benchmark::RegisterBenchmark(("BM_Glibc_" + name).c_str(), [=](benchmark::State& state) {
+            Throughput(state, glibc, static_cast<F>(nullptr), On(ranges...));
+        }));
     Configure(benchmark::RegisterBenchmark(
         ("BM_Glibc_" + name + "_Latency").c_str(),
-        [=](benchmark::State& state) { UnaryLatency(state, glibc, x); }));
-}
-
-void RegisterBinary(const std::string& name, Binary mine, Binary glibc, const Arguments& y,
-                    const Arguments& x) {
-    Configure(benchmark::RegisterBenchmark(
-        ("BM_Selvora_" + name).c_str(),
-        [=](benchmark::State& state) { BinaryThroughput(state, mine, glibc, y, x); }));
-    Configure(benchmark::RegisterBenchmark(
-        ("BM_Selvora_" + name + "_Latency").c_str(),
-        [=](benchmark::State& state) { BinaryLatency(state, mine, y, x); }));
-    if (glibc == nullptr) return;
-    Configure(benchmark::RegisterBenchmark(
-        ("BM_Glibc_" + name).c_str(),
-        [=](benchmark::State& state) { BinaryThroughput(state, glibc, nullptr, y, x); }));
-    Configure(benchmark::RegisterBenchmark(
-        ("BM_Glibc_" + name + "_Latency").c_str(),
-        [=](benchmark::State& state) { BinaryLatency(state, glibc, y, x); }));
+        [=](benchmark::State& state) { Latency(state, glibc, On(ranges...)); }));
 }
 
 void RegisterAll() {
@@ -299,19 +274,19 @@ void RegisterAll() {
     const Arguments period = Draw(1, [](Random& r) { return r.Symmetric(kTwoPi); });
     const Arguments quarter = Draw(2, [](Random& r) { return r.Symmetric(kPiOver4); });
     const Arguments huge = Draw(3, [](Random& r) { return r.Magnitude(20, 995); });
-    RegisterUnary("Sin_TwoPi", Sin, kGlibcSin, period);
-    RegisterUnary("Sin_PiOver4", Sin, kGlibcSin, quarter);
-    RegisterUnary("Sin_Huge", Sin, kGlibcSin, huge);
-    RegisterUnary("Cos_TwoPi", Cos, kGlibcCos, period);
-    RegisterUnary("Cos_PiOver4", Cos, kGlibcCos, quarter);
-    RegisterUnary("Cos_Huge", Cos, kGlibcCos, huge);
+    Register<OnX>("Sin_TwoPi", Sin, kGlibcSin, period);
+    Register<OnX>("Sin_PiOver4", Sin, kGlibcSin, quarter);
+    Register<OnX>("Sin_Huge", Sin, kGlibcSin, huge);
+    Register<OnX>("Cos_TwoPi", Cos, kGlibcCos, period);
+    Register<OnX>("Cos_PiOver4", Cos, kGlibcCos, quarter);
+    Register<OnX>("Cos_Huge", Cos, kGlibcCos, huge);
 
     // atan: +-[2^-30, 2^31) with every binary exponent equally likely, and
     // uniform in [-1, 1].
     const Arguments exponents = Draw(4, [](Random& r) { return r.Magnitude(-30, 30); });
     const Arguments unit = Draw(5, [](Random& r) { return r.Symmetric(1.0); });
-    RegisterUnary("Atan_Exp30", Atan, kGlibcAtan, exponents);
-    RegisterUnary("Atan_Unit", Atan, kGlibcAtan, unit);
+    Register<OnX>("Atan_Exp30", Atan, kGlibcAtan, exponents);
+    Register<OnX>("Atan_Unit", Atan, kGlibcAtan, unit);
 
     // atan2 in all four quadrants: points uniform in the square [-1, 1]^2, and
     // points whose coordinates have independent random exponents in
@@ -320,15 +295,15 @@ void RegisterAll() {
     const Arguments boxX = Draw(7, [](Random& r) { return r.Symmetric(1.0); });
     const Arguments spreadY = Draw(8, [](Random& r) { return r.Magnitude(-30, 30); });
     const Arguments spreadX = Draw(9, [](Random& r) { return r.Magnitude(-30, 30); });
-    RegisterBinary("Atan2_Box", Atan2, kGlibcAtan2, boxY, boxX);
-    RegisterBinary("Atan2_Exp30", Atan2, kGlibcAtan2, spreadY, spreadX);
+    Register<OnYX>("Atan2_Box", Atan2, kGlibcAtan2, boxY, boxX);
+    Register<OnYX>("Atan2_Exp30", Atan2, kGlibcAtan2, spreadY, spreadX);
 
     // acos: uniform in [-1, 1].
-    RegisterUnary("Acos_Unit", Acos, kGlibcAcos, unit);
+    Register<OnX>("Acos_Unit", Acos, kGlibcAcos, unit);
 
     // The dependency chain of the latency loops alone.
     Configure(benchmark::RegisterBenchmark("BM_LatencyChain", [=](benchmark::State& state) {
-        UnaryLatency(state, Identity, period);
+        Latency(state, Identity, OnX(period));
     }));
 }
 

@@ -59,6 +59,20 @@ struct Tally {
     }
 };
 
+// The functions of one argument, by MPFR and by the library.
+struct OneArgument {
+    MathFunction function;
+    double (selvora_test::MpfrDoubles::*expected)(double);
+    double (*actual)(double);
+};
+
+const OneArgument kOneArgument[] = {
+    {MathFunction::kSin, &selvora_test::MpfrDoubles::Sin, selvora::math::Sin},
+    {MathFunction::kCos, &selvora_test::MpfrDoubles::Cos, selvora::math::Cos},
+    {MathFunction::kAcos, &selvora_test::MpfrDoubles::Acos, selvora::math::Acos},
+    {MathFunction::kAtan, &selvora_test::MpfrDoubles::Atan, selvora::math::Atan},
+};
+
 // One phase: the functions checked on the same arguments (sin with cos, or
 // one function alone), the arguments from the families of `source`.
 struct Phase {
@@ -74,6 +88,10 @@ void Work(const Phase& phase, const std::vector<selvora_test::HardCase>& hard, u
             streams.emplace_back(family, hard, stream);
     selvora_test::MpfrDoubles mpfr;
     const bool sinAndCos = phase.functions.size() == 2;
+    const MathFunction alone = phase.functions[0];  // when not sin and cos
+    const OneArgument* one = nullptr;               // null for atan2
+    for (const OneArgument& entry : kOneArgument)
+        if (entry.function == alone) one = &entry;
     std::uint64_t pending = 0;
     const auto flush = [&] {
         for (MathFunction f : phase.functions)
@@ -91,27 +109,12 @@ void Work(const Phase& phase, const std::vector<selvora_test::HardCase>& hard, u
                                                                 selvora::math::Sin(a.x));
             tallies[static_cast<int>(MathFunction::kCos)].Check(MathFunction::kCos, a, c,
                                                                 selvora::math::Cos(a.x));
+        } else if (one != nullptr) {
+            tallies[static_cast<int>(alone)].Check(alone, a, (mpfr.*one->expected)(a.x),
+                                                   one->actual(a.x));
         } else {
-            const MathFunction f = phase.functions[0];
-            double expected = 0.0, actual = 0.0;
-            switch (f) {
-                case MathFunction::kSin:
-                    expected = mpfr.Sin(a.x), actual = selvora::math::Sin(a.x);
-                    break;
-                case MathFunction::kCos:
-                    expected = mpfr.Cos(a.x), actual = selvora::math::Cos(a.x);
-                    break;
-                case MathFunction::kAcos:
-                    expected = mpfr.Acos(a.x), actual = selvora::math::Acos(a.x);
-                    break;
-                case MathFunction::kAtan:
-                    expected = mpfr.Atan(a.x), actual = selvora::math::Atan(a.x);
-                    break;
-                case MathFunction::kAtan2:
-                    expected = mpfr.Atan2(a.y, a.x), actual = selvora::math::Atan2(a.y, a.x);
-                    break;
-            }
-            tallies[static_cast<int>(f)].Check(f, a, expected, actual);
+            tallies[static_cast<int>(alone)].Check(alone, a, mpfr.Atan2(a.y, a.x),
+                                                   selvora::math::Atan2(a.y, a.x));
         }
         if (++pending == 4096) flush();
     }

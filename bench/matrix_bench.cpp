@@ -98,88 +98,56 @@ bool Ready(benchmark::State& state) {
     return false;
 }
 
-void Finish(benchmark::State& state) {
+// Times one kernel over the batch: out[i] = kernel(i) for every input i, the
+// results kept in a vector of Out (the kernel inlined into the loop).
+template <typename Out, typename Kernel>
+void TimeBatch(benchmark::State& state, Kernel kernel) {
+    if (!Ready(state)) return;
+    std::vector<Out> out(kKernels);
+    for (auto _ : state) {
+        for (int i = 0; i < kKernels; ++i) out[i] = kernel(i);
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kKernels));
 }
 
 // --- Point transform -------------------------------------------------------
 
 void BM_Matrix3d_TimesPoint3d(benchmark::State& state) {
-    if (!Ready(state)) return;
     const Data& d = TheData();
     const Matrix3d m = d.transform;
-    std::vector<Point3d> out(kKernels);
-    for (auto _ : state) {
-        for (int i = 0; i < kKernels; ++i) out[i] = m * d.points[i];
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    TimeBatch<Point3d>(state, [&](int i) { return m * d.points[i]; });
 }
 
 void BM_Eigen_Matrix4d_TimesVector4d(benchmark::State& state) {
-    if (!Ready(state)) return;
     const Data& d = TheData();
     const Eigen::Matrix4d m = d.eTransform;
-    EigenVectors out(kKernels);
-    for (auto _ : state) {
-        for (int i = 0; i < kKernels; ++i) out[i] = m * d.ePoints[i];
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    TimeBatch<Eigen::Vector4d>(state, [&](int i) { return m * d.ePoints[i]; });
 }
 
 // --- Matrix product --------------------------------------------------------
 
 void BM_Matrix3d_TimesMatrix3d(benchmark::State& state) {
-    if (!Ready(state)) return;
     const Data& d = TheData();
-    std::vector<Matrix3d> out(kKernels);
-    for (auto _ : state) {
-        for (int i = 0; i < kKernels; ++i) out[i] = d.a[i] * d.b[i];
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    TimeBatch<Matrix3d>(state, [&](int i) { return d.a[i] * d.b[i]; });
 }
 
 void BM_Eigen_Matrix4d_TimesMatrix4d(benchmark::State& state) {
-    if (!Ready(state)) return;
     const Data& d = TheData();
-    EigenMatrices out(kKernels);
-    for (auto _ : state) {
-        for (int i = 0; i < kKernels; ++i) out[i] = d.eA[i] * d.eB[i];
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    TimeBatch<Eigen::Matrix4d>(state, [&](int i) { return d.eA[i] * d.eB[i]; });
 }
 
 // --- Inverse ---------------------------------------------------------------
 
 void BM_Matrix3d_Inverse(benchmark::State& state) {
-    if (!Ready(state)) return;
     std::vector<Matrix3d> in = TheData().a;  // inverse() is not const
-    std::vector<Matrix3d> out(kKernels);
-    for (auto _ : state) {
-        for (int i = 0; i < kKernels; ++i) out[i] = in[i].inverse();
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    TimeBatch<Matrix3d>(state, [&](int i) { return in[i].inverse(); });
 }
 
 void BM_Eigen_Matrix4d_Inverse(benchmark::State& state) {
-    if (!Ready(state)) return;
     const Data& d = TheData();
-    EigenMatrices out(kKernels);
-    for (auto _ : state) {
-        for (int i = 0; i < kKernels; ++i) out[i] = d.eA[i].inverse();
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    TimeBatch<Eigen::Matrix4d>(state, [&](int i) { return d.eA[i].inverse(); });
 }
 
 }  // namespace

@@ -106,9 +106,29 @@ void ExpectContents(const A& a, std::initializer_list<int> keys) {
     }
 }
 
+// The elements of these keys, in a block of `capacity` elements.
+template <class A>
+void ExpectContentsInBlock(const A& a, std::initializer_list<int> keys, int capacity) {
+    ExpectContents(a, keys);
+    EXPECT_EQ(capacity, a.GetCapacity());
+}
+
 template <class A>
 void Fill(A& a, int n) {
     for (int k = 0; k < n; ++k) a.Add(Make<Elem<A>>(k));
+}
+
+// Adds the elements of these keys, in order.
+template <class A>
+void AddKeys(A& a, std::initializer_list<int> keys) {
+    for (int k : keys) a.Add(Make<Elem<A>>(k));
+}
+
+// No elements and no block.
+template <class A>
+void ExpectNoBlock(const A& a) {
+    EXPECT_EQ(0, a.GetSize());
+    EXPECT_EQ(nullptr, a.GetData());
 }
 
 // A copy of the whole block, to show that nothing in it changed.
@@ -123,11 +143,10 @@ std::vector<unsigned char> BlockBytes(const A& a) {
 template <class A>
 void CheckStartsEmpty() {
     A a;
-    EXPECT_EQ(0, a.GetSize());
+    ExpectNoBlock(a);
     EXPECT_EQ(-1, a.GetUpperBound());
     EXPECT_EQ(0, a.GetCapacity());
     EXPECT_EQ(0, a.GetGrowBy());
-    EXPECT_EQ(nullptr, a.GetData());
 }
 
 template <class A>
@@ -146,30 +165,31 @@ void CheckAddGrowth() {
     ExpectContents(a, {0, 1, 2, 3, 4, 5});
 }
 
+// An array of n elements in a block of exactly n gets, on one more Add, a
+// block of `capacity`: the old last element kept, the new one at index n and
+// zero bits in the block's last slot.
+template <class A>
+void ExpectAddToAFullBlockGrowsItTo(int n, int capacity) {
+    A a;
+    a.SetSize(n, -1);
+    EXPECT_EQ(n, a.GetCapacity());
+    a.SetAt(n - 1, Make<Elem<A>>(n - 1));
+    EXPECT_EQ(n, a.Add(Make<Elem<A>>(n)));
+    EXPECT_EQ(capacity, a.GetCapacity());
+    EXPECT_EQ(n + 1, a.GetSize());
+    EXPECT_ELEM(Make<Elem<A>>(n - 1), a.GetData()[n - 1]);
+    EXPECT_ELEM(Make<Elem<A>>(n), a.GetData()[n]);
+    EXPECT_ELEM(ZeroBits<Elem<A>>(), a.GetData()[capacity - 1]);
+}
+
 template <class A>
 void CheckGrowthStepIsOneEighthOfTheSize() {
-    A a;
-    a.SetSize(80, -1);
-    EXPECT_EQ(80, a.GetCapacity());
-    a.SetAt(79, Make<Elem<A>>(79));
-    EXPECT_EQ(80, a.Add(Make<Elem<A>>(80)));
-    EXPECT_EQ(90, a.GetCapacity());  // 80 + 80 / 8
-    EXPECT_EQ(81, a.GetSize());
-    EXPECT_ELEM(Make<Elem<A>>(79), a.GetData()[79]);
-    EXPECT_ELEM(Make<Elem<A>>(80), a.GetData()[80]);
-    EXPECT_ELEM(ZeroBits<Elem<A>>(), a.GetData()[89]);
+    ExpectAddToAFullBlockGrowsItTo<A>(80, 90);  // 80 + 80 / 8
 }
 
 template <class A>
 void CheckGrowthStepIsAtMost1024() {
-    A a;
-    a.SetSize(16000, -1);
-    EXPECT_EQ(16000, a.GetCapacity());
-    a.Add(Make<Elem<A>>(1));
-    EXPECT_EQ(17024, a.GetCapacity());  // 16000 / 8 = 2000, held to 1024
-    EXPECT_EQ(16001, a.GetSize());
-    EXPECT_ELEM(Make<Elem<A>>(1), a.GetData()[16000]);
-    EXPECT_ELEM(ZeroBits<Elem<A>>(), a.GetData()[17023]);
+    ExpectAddToAFullBlockGrowsItTo<A>(16000, 17024);  // 16000 / 8 = 2000, held to 1024
 }
 
 template <class A>
@@ -376,8 +396,7 @@ void CheckInsertWithNegativeArgumentsIsRefused() {
     Fill(a, 3);
     a.InsertAt(-1, Make<Elem<A>>(7), 1);
     a.InsertAt(1, Make<Elem<A>>(7), -2);
-    ExpectContents(a, {0, 1, 2});
-    EXPECT_EQ(5, a.GetCapacity());
+    ExpectContentsInBlock(a, {0, 1, 2}, 5);
 }
 
 template <class A>
@@ -385,8 +404,7 @@ void CheckInsertArray() {
     A a;
     Fill(a, 3);
     A src;
-    src.Add(Make<Elem<A>>(20));
-    src.Add(Make<Elem<A>>(21));
+    AddKeys(src, {20, 21});
     a.InsertAt(1, &src);
     ExpectContents(a, {0, 20, 21, 1, 2});
     a.InsertAt(7, &src);  // past the end: the gap is zero
@@ -427,8 +445,7 @@ void CheckRemoveAtTheEndOnlyShrinks() {
     A a;
     Fill(a, 5);
     a.RemoveAt(3, 2);
-    ExpectContents(a, {0, 1, 2});
-    EXPECT_EQ(5, a.GetCapacity());
+    ExpectContentsInBlock(a, {0, 1, 2}, 5);
     EXPECT_ELEM(Make<Elem<A>>(3), a.GetData()[3]);  // removed slots are not cleared
     EXPECT_ELEM(Make<Elem<A>>(4), a.GetData()[4]);
     a.RemoveAt(0, 3);
@@ -474,7 +491,7 @@ void CheckAppend() {
     A a;
     Fill(a, 2);
     A b;
-    for (int k = 10; k < 13; ++k) b.Add(Make<Elem<A>>(k));
+    AddKeys(b, {10, 11, 12});
     EXPECT_EQ(2, a.Append(&b));
     ExpectContents(a, {0, 1, 10, 11, 12});
     ExpectContents(b, {10, 11, 12});
@@ -482,8 +499,7 @@ void CheckAppend() {
     EXPECT_EQ(5, a.Append(&empty));
     ExpectContents(a, {0, 1, 10, 11, 12});
     EXPECT_EQ(0, empty.Append(&b));
-    ExpectContents(empty, {10, 11, 12});
-    EXPECT_EQ(3, empty.GetCapacity());
+    ExpectContentsInBlock(empty, {10, 11, 12}, 3);
 }
 
 template <class A>
@@ -499,18 +515,16 @@ void CheckCopy() {
     A a;
     Fill(a, 5);
     A src;
-    for (int k = 10; k < 13; ++k) src.Add(Make<Elem<A>>(k));
+    AddKeys(src, {10, 11, 12});
     a.Copy(&src);
-    ExpectContents(a, {10, 11, 12});
-    EXPECT_EQ(5, a.GetCapacity());
+    ExpectContentsInBlock(a, {10, 11, 12}, 5);
     EXPECT_ELEM(ZeroBits<Elem<A>>(), a.GetData()[3]);  // cut off by the resize
     EXPECT_ELEM(ZeroBits<Elem<A>>(), a.GetData()[4]);
     a.Copy(&a);
     ExpectContents(a, {10, 11, 12});
     A empty;
     a.Copy(&empty);
-    EXPECT_EQ(0, a.GetSize());
-    EXPECT_EQ(nullptr, a.GetData());
+    ExpectNoBlock(a);
 }
 
 template <class A>
@@ -518,7 +532,7 @@ void CheckAssignment() {
     A a;
     Fill(a, 4);
     A b;
-    b.Add(Make<Elem<A>>(9));
+    AddKeys(b, {9});
     A& r = (b = a);
     EXPECT_EQ(&b, &r);
     ExpectContents(b, {0, 1, 2, 3});
@@ -532,8 +546,7 @@ void CheckAssignment() {
 
     A empty;
     b = empty;
-    EXPECT_EQ(0, b.GetSize());
-    EXPECT_EQ(nullptr, b.GetData());
+    ExpectNoBlock(b);
 }
 
 template <class A>
@@ -543,14 +556,12 @@ void CheckCopyConstructor() {
     Fill(a, 4);
     ASSERT_EQ(11, a.GetCapacity());
     A b(a);
-    ExpectContents(b, {0, 1, 2, 3});
-    EXPECT_EQ(4, b.GetCapacity());  // a fresh block of exactly the size
-    EXPECT_EQ(0, b.GetGrowBy());    // the step is not copied
+    ExpectContentsInBlock(b, {0, 1, 2, 3}, 4);  // a fresh block of exactly the size
+    EXPECT_EQ(0, b.GetGrowBy());                // the step is not copied
     EXPECT_NE(a.GetData(), b.GetData());
     A empty;
     A c(empty);
-    EXPECT_EQ(0, c.GetSize());
-    EXPECT_EQ(nullptr, c.GetData());
+    ExpectNoBlock(c);
 }
 
 // Typed arrays: GetAt is not checked against the size.
@@ -588,56 +599,46 @@ void CheckGetAtReturnsACopy() {
 
 }  // namespace
 
+// One test of an array class: Check<Name> run on that class.
+#define SELVORA_ARRAY_TEST(Array, Name) \
+    TEST(Array, Name) { Check##Name<Array>(); }
+
 // The tests every plain-element array runs.
-#define SELVORA_POD_ARRAY_TESTS(Array)                                                            \
-    TEST(Array, StartsEmpty) { CheckStartsEmpty<Array>(); }                                       \
-    TEST(Array, AddGrowth) { CheckAddGrowth<Array>(); }                                           \
-    TEST(Array, GrowthStepIsOneEighthOfTheSize) { CheckGrowthStepIsOneEighthOfTheSize<Array>(); } \
-    TEST(Array, GrowthStepIsAtMost1024) { CheckGrowthStepIsAtMost1024<Array>(); }                 \
-    TEST(Array, GrowthStepComesFromTheCurrentSize) {                                              \
-        CheckGrowthStepComesFromTheCurrentSize<Array>();                                          \
-    }                                                                                             \
-    TEST(Array, StoredGrowBy) { CheckStoredGrowBy<Array>(); }                                     \
-    TEST(Array, GrowingKeepsTheContents) { CheckGrowingKeepsTheContents<Array>(); }               \
-    TEST(Array, ShrinkClearsTheCutOffElements) { CheckShrinkClearsTheCutOffElements<Array>(); }   \
-    TEST(Array, GrowingWithinTheBlockClearsStaleSlots) {                                          \
-        CheckGrowingWithinTheBlockClearsStaleSlots<Array>();                                      \
-    }                                                                                             \
-    TEST(Array, SetSizeZeroAndRemoveAllFreeTheBlock) {                                            \
-        CheckSetSizeZeroAndRemoveAllFreeTheBlock<Array>();                                        \
-    }                                                                                             \
-    TEST(Array, NegativeSizeIsRefused) { CheckNegativeSizeIsRefused<Array>(); }                   \
-    TEST(Array, ElementAtIsAReference) { CheckElementAtIsAReference<Array>(); }                   \
-    TEST(Array, ElementAtAndSetAtAreUncheckedInsideTheBlock) {                                    \
-        CheckElementAtAndSetAtAreUncheckedInsideTheBlock<Array>();                                \
-    }                                                                                             \
-    TEST(Array, OutOfBlockAccessTouchesNothing) { CheckOutOfBlockAccessTouchesNothing<Array>(); } \
-    TEST(Array, SetAtGrow) { CheckSetAtGrow<Array>(); }                                           \
-    TEST(Array, AddOfItsOwnElementWhileGrowing) { CheckAddOfItsOwnElementWhileGrowing<Array>(); } \
-    TEST(Array, InsertPastTheEndFillsTheGapWithZeros) {                                           \
-        CheckInsertPastTheEndFillsTheGapWithZeros<Array>();                                       \
-    }                                                                                             \
-    TEST(Array, InsertInside) { CheckInsertInside<Array>(); }                                     \
-    TEST(Array, InsertWithNegativeArgumentsIsRefused) {                                           \
-        CheckInsertWithNegativeArgumentsIsRefused<Array>();                                       \
-    }                                                                                             \
-    TEST(Array, InsertArray) { CheckInsertArray<Array>(); }                                       \
-    TEST(Array, InsertArrayIntoItself) { CheckInsertArrayIntoItself<Array>(); }                   \
-    TEST(Array, RemoveAtTheEndOnlyShrinks) { CheckRemoveAtTheEndOnlyShrinks<Array>(); }           \
-    TEST(Array, RemoveAtMovesTheRestDown) { CheckRemoveAtMovesTheRestDown<Array>(); }             \
-    TEST(Array, RemoveAtWithBadArgumentsIsRefused) {                                              \
-        CheckRemoveAtWithBadArgumentsIsRefused<Array>();                                          \
-    }                                                                                             \
-    TEST(Array, Append) { CheckAppend<Array>(); }                                                 \
-    TEST(Array, AppendToItself) { CheckAppendToItself<Array>(); }                                 \
-    TEST(Array, Copy) { CheckCopy<Array>(); }                                                     \
-    TEST(Array, Assignment) { CheckAssignment<Array>(); }                                         \
-    TEST(Array, CopyConstructor) { CheckCopyConstructor<Array>(); }
+#define SELVORA_POD_ARRAY_TESTS(Array)                                     \
+    SELVORA_ARRAY_TEST(Array, StartsEmpty)                                 \
+    SELVORA_ARRAY_TEST(Array, AddGrowth)                                   \
+    SELVORA_ARRAY_TEST(Array, GrowthStepIsOneEighthOfTheSize)              \
+    SELVORA_ARRAY_TEST(Array, GrowthStepIsAtMost1024)                      \
+    SELVORA_ARRAY_TEST(Array, GrowthStepComesFromTheCurrentSize)           \
+    SELVORA_ARRAY_TEST(Array, StoredGrowBy)                                \
+    SELVORA_ARRAY_TEST(Array, GrowingKeepsTheContents)                     \
+    SELVORA_ARRAY_TEST(Array, ShrinkClearsTheCutOffElements)               \
+    SELVORA_ARRAY_TEST(Array, GrowingWithinTheBlockClearsStaleSlots)       \
+    SELVORA_ARRAY_TEST(Array, SetSizeZeroAndRemoveAllFreeTheBlock)         \
+    SELVORA_ARRAY_TEST(Array, NegativeSizeIsRefused)                       \
+    SELVORA_ARRAY_TEST(Array, ElementAtIsAReference)                       \
+    SELVORA_ARRAY_TEST(Array, ElementAtAndSetAtAreUncheckedInsideTheBlock) \
+    SELVORA_ARRAY_TEST(Array, OutOfBlockAccessTouchesNothing)              \
+    SELVORA_ARRAY_TEST(Array, SetAtGrow)                                   \
+    SELVORA_ARRAY_TEST(Array, AddOfItsOwnElementWhileGrowing)              \
+    SELVORA_ARRAY_TEST(Array, InsertPastTheEndFillsTheGapWithZeros)        \
+    SELVORA_ARRAY_TEST(Array, InsertInside)                                \
+    SELVORA_ARRAY_TEST(Array, InsertWithNegativeArgumentsIsRefused)        \
+    SELVORA_ARRAY_TEST(Array, InsertArray)                                 \
+    SELVORA_ARRAY_TEST(Array, InsertArrayIntoItself)                       \
+    SELVORA_ARRAY_TEST(Array, RemoveAtTheEndOnlyShrinks)                   \
+    SELVORA_ARRAY_TEST(Array, RemoveAtMovesTheRestDown)                    \
+    SELVORA_ARRAY_TEST(Array, RemoveAtWithBadArgumentsIsRefused)           \
+    SELVORA_ARRAY_TEST(Array, Append)                                      \
+    SELVORA_ARRAY_TEST(Array, AppendToItself)                              \
+    SELVORA_ARRAY_TEST(Array, Copy)                                        \
+    SELVORA_ARRAY_TEST(Array, Assignment)                                  \
+    SELVORA_ARRAY_TEST(Array, CopyConstructor)
 
 // The typed arrays' GetAt reads the block without checking the size.
-#define SELVORA_TYPED_ARRAY_TESTS(Array)                                                          \
-    TEST(Array, GetAtIsUncheckedAgainstTheSize) { CheckGetAtIsUncheckedAgainstTheSize<Array>(); } \
-    TEST(Array, GetAtReturnsACopy) { CheckGetAtReturnsACopy<Array>(); }
+#define SELVORA_TYPED_ARRAY_TESTS(Array)                      \
+    SELVORA_ARRAY_TEST(Array, GetAtIsUncheckedAgainstTheSize) \
+    SELVORA_ARRAY_TEST(Array, GetAtReturnsACopy)
 
 SELVORA_POD_ARRAY_TESTS(OvArray)
 SELVORA_POD_ARRAY_TESTS(OvIntArray)

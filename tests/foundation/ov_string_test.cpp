@@ -24,6 +24,33 @@ std::string Alphabet(int n) {
     return s;
 }
 
+// Format("%s") of a text of n >= 16384 letters gives its first 16384: the
+// shared formatting buffer holds no more.
+void ExpectFormatKeepsTheFirst16384Letters(int n) {
+    const std::string text = Alphabet(n);
+    OvString s;
+    s.Format("%s", text.c_str());
+    EXPECT_EQ(16384, s.GetLength());
+    EXPECT_EQ(16385, s.GetAllocLength());
+    EXPECT_STREQ(text.substr(0, 16384).c_str(), s);
+}
+
+// s = rhs returns s itself, which then reads `expected`.
+template <class R>
+void ExpectAssign(OvString& s, const R& rhs, const char* expected) {
+    const OvString& r = (s = rhs);
+    EXPECT_EQ(&s, &r);
+    EXPECT_STREQ(expected, s);
+}
+
+// s += rhs returns s itself, which then reads `expected`.
+template <class R>
+void ExpectPlusAssign(OvString& s, const R& rhs, const char* expected) {
+    const OvString& r = (s += rhs);
+    EXPECT_EQ(&s, &r);
+    EXPECT_STREQ(expected, s);
+}
+
 }  // namespace
 
 // ---- construction, buffer and destruction ----
@@ -260,9 +287,7 @@ TEST(OvString, MutableIndexOutsideTheBufferTouchesNothing) {
 TEST(OvString, AssignOvString) {
     OvString a("first");
     OvString b("xy");
-    const OvString& r = (b = a);
-    EXPECT_EQ(&b, &r);
-    EXPECT_STREQ("first", b);
+    ExpectAssign(b, a, "first");
     EXPECT_NE(static_cast<const char*>(a), static_cast<const char*>(b));
 
     const std::string text = Alphabet(150);
@@ -290,9 +315,7 @@ TEST(OvString, SelfAssignmentKeepsTheText) {
 
 TEST(OvString, AssignCharacter) {
     OvString s("longer text");
-    const OvString& r = (s = U('x'));
-    EXPECT_EQ(&s, &r);
-    EXPECT_STREQ("x", s);
+    ExpectAssign(s, U('x'), "x");
     EXPECT_EQ(1, s.GetLength());
     EXPECT_EQ(100, s.GetAllocLength());
     s = U('\xE0');
@@ -304,9 +327,7 @@ TEST(OvString, AssignCharacter) {
 
 TEST(OvString, AssignText) {
     OvString s;
-    const OvString& r = (s = "hello");
-    EXPECT_EQ(&s, &r);
-    EXPECT_STREQ("hello", s);
+    ExpectAssign(s, "hello", "hello");
     s = "";
     EXPECT_STREQ("", s);
     EXPECT_EQ('e', s.GetAt(1));  // only the first byte was cleared
@@ -446,9 +467,7 @@ TEST(OvString, AddingTheNulCharacterKeepsTheText) {
 
 TEST(OvString, PlusAssignOvString) {
     OvString s("ab");
-    const OvString& r = (s += OvString("cd"));
-    EXPECT_EQ(&s, &r);
-    EXPECT_STREQ("abcd", s);
+    ExpectPlusAssign(s, OvString("cd"), "abcd");
     s += OvString();
     EXPECT_STREQ("abcd", s);
     s += s;
@@ -460,9 +479,7 @@ TEST(OvString, PlusAssignOvString) {
 
 TEST(OvString, PlusAssignCharacter) {
     OvString s("ab");
-    const OvString& r = (s += U('c'));
-    EXPECT_EQ(&s, &r);
-    EXPECT_STREQ("abc", s);
+    ExpectPlusAssign(s, U('c'), "abc");
     OvString e;
     e += U('q');
     EXPECT_STREQ("q", e);
@@ -470,9 +487,7 @@ TEST(OvString, PlusAssignCharacter) {
 
 TEST(OvString, PlusAssignText) {
     OvString s("ab");
-    const OvString& r = (s += "cde");
-    EXPECT_EQ(&s, &r);
-    EXPECT_STREQ("abcde", s);
+    ExpectPlusAssign(s, "cde", "abcde");
     s += "";
     EXPECT_STREQ("abcde", s);
     s += static_cast<const char*>(s) + 3;  // "de", taken from its own buffer
@@ -832,22 +847,13 @@ TEST(OvString, FormatMayUseItsOwnTextAsArgument) {
 }
 
 TEST(OvString, FormatOutputFillingTheSharedBufferExactly) {
-    const std::string text = Alphabet(16384);
-    OvString s;
-    s.Format("%s", text.c_str());
-    EXPECT_EQ(16384, s.GetLength());
-    EXPECT_EQ(16385, s.GetAllocLength());
-    EXPECT_STREQ(text.c_str(), s);
+    ExpectFormatKeepsTheFirst16384Letters(16384);
 }
 
 TEST(OvString, FormatOutputLongerThanTheSharedBufferIsCut) {
-    const std::string text = Alphabet(20000);
-    OvString s;
-    s.Format("%s", text.c_str());
-    EXPECT_EQ(16384, s.GetLength());
-    EXPECT_EQ(16385, s.GetAllocLength());
-    EXPECT_STREQ(text.substr(0, 16384).c_str(), s);
+    ExpectFormatKeepsTheFirst16384Letters(20000);
 
+    const std::string text = Alphabet(20000);
     OvString t;
     t.Format("%s#%s", text.c_str(), text.c_str());
     EXPECT_EQ(16384, t.GetLength());

@@ -23,6 +23,7 @@
 #include <limits>
 #include <vector>
 
+#include "geometry/geometry_checks.h"
 #include "selvora/selvora.h"
 #include "support/address_space.h"
 #include "support/exact.h"
@@ -31,24 +32,10 @@
 
 namespace {
 
-using selvora_test::ExpectLittleEndianDoubles;
-using selvora_test::StreamBytes;
-
-using selvora_test::FromBits;
-
-using selvora_test::Bits;
+using namespace selvora_test;
 
 constexpr double kTwoPiF = 6.2831854820251465;
 constexpr double kHalfPi = 1.5707963267948966;
-
-// Bit-exact comparison of the three coordinates of a Point3d or Vector3d.
-#define EXPECT_SAME_XYZ(ex, ey, ez, actual) \
-    do {                                    \
-        const auto xyz_ = (actual);         \
-        EXPECT_SAME_DOUBLE(ex, xyz_.x);     \
-        EXPECT_SAME_DOUBLE(ey, xyz_.y);     \
-        EXPECT_SAME_DOUBLE(ez, xyz_.z);     \
-    } while (0)
 
 void ExpectMatrix(const double (&expected)[16], const Matrix3d& m) {
     for (int i = 0; i < 16; ++i) {
@@ -77,27 +64,14 @@ class ArcWithHandle : public GArc {
     using GArc::SetFunction;
 };
 
-int g_handleA, g_handleB;
-
 // ---- construction and accessors ----
 
 TEST(GArcConstruction, DefaultIsQuarterArcAboutOrigin) {
     GArc arc;
-    EXPECT_TRUE(arc.isA("GArc"));
-    EXPECT_STREQ("GArc", static_cast<const char*>(arc.className()));
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, arc.GetCenter());
-    EXPECT_SAME_XYZ(1.0, 1.0, 1.0, arc.GetSize());
-    EXPECT_SAME_XYZ(0.0, 0.0, 1.0, arc.GetNormal());
+    // The Curve part keeps Curve's defaults.
+    ExpectDefaultCircularCurve(arc, "GArc");
     EXPECT_SAME_XYZ(1.0, 0.0, 0.0, arc.GetStartV());
     EXPECT_SAME_XYZ(0.0, 1.0, 0.0, arc.GetEndV());
-    EXPECT_SAME_DOUBLE(1.0, arc.GetRadius());
-    EXPECT_EQ(nullptr, arc.GetFunction());
-    // The Curve part keeps Curve's defaults.
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, arc.GetStartPoint());
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, arc.GetEndPoint());
-    EXPECT_EQ(Curve::Symmetric, arc.GetSymmetry());
-    EXPECT_EQ(Curve::Unbounded, arc.GetExtent());
-    EXPECT_EQ(0, arc.IsPeriodic());
 }
 
 TEST(GArcConstruction, DefaultAnglesLengthAndPoints) {
@@ -295,12 +269,11 @@ TEST(GArcSampling, ByCountOnTiltedArc) {
     GArc arc = TiltedArc();
     OvPnt3dArray points = Filled(3);
     arc.PointSample(5, points);
-    ASSERT_EQ(5, points.GetSize());
-    EXPECT_SAME_XYZ(2.1333333333333333, -0.7333333333333334, 1.166666666666666, points[0]);
-    EXPECT_SAME_XYZ(1.150609113505545, -0.27349787657432034, 1.1981933198215475, points[1]);
-    EXPECT_SAME_XYZ(0.13949352223358036, -0.1391258791267076, 1.5693791180099168, points[2]);
-    EXPECT_SAME_XYZ(-0.7094077217672485, -0.3555478485702408, 2.210251709453865, points[3]);
-    EXPECT_SAME_XYZ(-1.2360679774997898, -0.8819660112501047, 3.0, points[4]);
+    ExpectPoints(points, {Point3d(2.1333333333333333, -0.7333333333333334, 1.166666666666666),
+                          Point3d(1.150609113505545, -0.27349787657432034, 1.1981933198215475),
+                          Point3d(0.13949352223358036, -0.1391258791267076, 1.5693791180099168),
+                          Point3d(-0.7094077217672485, -0.3555478485702408, 2.210251709453865),
+                          Point3d(-1.2360679774997898, -0.8819660112501047, 3.0)});
 }
 
 TEST(GArcSampling, LastSampleIsTheFormulasNotTheEndPoint) {
@@ -358,9 +331,7 @@ TEST(GArcSampling, ZeroSpacingGivesStartAndEnd) {
     GArc arc;
     OvPnt3dArray points;
     arc.PointSample(0.0, points);
-    ASSERT_EQ(2, points.GetSize());
-    EXPECT_SAME_XYZ(1.0, 0.0, 0.0, points[0]);
-    EXPECT_SAME_XYZ(6.123233995736766e-17, 1.0, 0.0, points[1]);
+    ExpectPoints(points, {Point3d(1.0, 0.0, 0.0), Point3d(6.123233995736766e-17, 1.0, 0.0)});
 }
 
 TEST(GArcSampling, SpacingWithFewerThanTwoSamplesLeavesPointsEmpty) {
@@ -483,15 +454,10 @@ TEST(GArcTransform, MirrorSwapsStartAndEnd) {
 TEST(GArcTransform, RotationAndTranslationKeepTheSense) {
     GArc arc = TiltedArc();
     arc.GetStartPoint() = Point3d(1.0, 2.0, 3.0);
-    Matrix3d rotation, translation;
-    rotation.setToRotation(0.7, Vector3d(1.0, 1.0, 0.0));
-    translation.setToTranslation(Vector3d(0.5, -1.0, 2.0));
-    arc.transformBy(translation * rotation);
-    EXPECT_SAME_XYZ(2.5138553665449894, -4.013855366544989, 2.927934476235208, arc.GetCenter());
-    EXPECT_SAME_XYZ(2.028640296769927, 0.9713597032300728, 1.9852150697750626, arc.GetNormal());
+    arc.transformBy(RotationThenTranslation());
+    ExpectTiltedFrameAfterRotationThenTranslation(arc);
     EXPECT_SAME_XYZ(0.6235157812715512, 0.7764842187284489, 0.09110613904121717, arc.GetStartV());
     EXPECT_SAME_XYZ(-0.8236316404633663, 0.32363164046336634, 0.6832960428091285, arc.GetEndV());
-    EXPECT_SAME_XYZ(2.5, 2.5, 2.5, arc.GetSize());
     // The Curve part moved as points.
     EXPECT_SAME_XYZ(2.9841709919760127, -0.4841709919760129, 4.7500572570595505,
                     arc.GetStartPoint());
@@ -501,17 +467,8 @@ TEST(GArcTransform, RotationAndTranslationKeepTheSense) {
 TEST(GArcTransform, GeneralLinearMapSetsUniformRadiusAndMaySwap) {
     GArc arc = TiltedArc();
     arc.GetStartPoint() = Point3d(2.0, 0.0, -1.0);
-    // clang-format off
-    const Matrix3d m(1.0, 0.5, 0.0, 1.0,
-                     0.25, 2.0, 0.0, 0.0,
-                     0.1, 0.0, 3.0, 0.0,
-                     0.0, 0.0, 0.0, 1.0);
-    // clang-format on
-    arc.transformBy(m);
-    EXPECT_SAME_XYZ(1.0, -3.75, 9.1, arc.GetCenter());
-    EXPECT_SAME_XYZ(2.0, 4.25, 6.1, arc.GetNormal());
-    // |m (2.5, 0, 0)| = 2.5 * |(1, 0.25, 0.1)|.
-    EXPECT_SAME_XYZ(2.5890393971509975, 2.5890393971509975, 2.5890393971509975, arc.GetSize());
+    arc.transformBy(GeneralLinearMap());
+    ExpectTiltedFrameAfterGeneralLinearMap(arc);
     // m * startV = (1, 1.75, 0.06) and m * endV = (-0.75, 0.75, -0.1); the
     // mid point test swapped them although m keeps orientation.
     EXPECT_SAME_XYZ(-0.75, 0.75, -0.1, arc.GetStartV());
@@ -522,14 +479,10 @@ TEST(GArcTransform, GeneralLinearMapSetsUniformRadiusAndMaySwap) {
 
 TEST(GArcTransform, MirrorOfTiltedArc) {
     GArc arc = TiltedArc();
-    Matrix3d mirror;
-    mirror.setToScaling(1.0, -1.0, 1.0);
-    arc.transformBy(mirror);
-    EXPECT_SAME_XYZ(1.0, 2.0, 3.0, arc.GetCenter());
-    EXPECT_SAME_XYZ(1.0, -2.0, 2.0, arc.GetNormal());
+    arc.transformBy(MirrorInY());
+    ExpectTiltedFrameAfterMirrorInY(arc);
     EXPECT_SAME_XYZ(-1.0, -0.5, 0.0, arc.GetStartV());
     EXPECT_SAME_XYZ(0.6, -0.8, 0.0, arc.GetEndV());
-    EXPECT_SAME_XYZ(2.5, 2.5, 2.5, arc.GetSize());
     // Close to the image of the old mid point (0.1395, 0.1391, 1.5694).
     EXPECT_SAME_XYZ(0.13949390590245248, 0.13912586220214762, 1.5693789092509212,
                     arc.GetMidPoint());
@@ -577,9 +530,7 @@ TEST(GArcEquality, FieldByField) {
 TEST(GArcEquality, SameObjectEvenWithNaN) {
     GArc a;
     a.SetRadius(std::numeric_limits<double>::quiet_NaN());
-    EXPECT_EQ(1, a == a);
-    GArc b = a;
-    EXPECT_EQ(0, a == b);
+    ExpectEqualToItselfOnly(a);
 }
 
 TEST(GArcEquality, CurvePartIsNotCompared) {
@@ -591,24 +542,11 @@ TEST(GArcEquality, CurvePartIsNotCompared) {
 
 TEST(GArcEquality, AgainstGeometry) {
     GArc a = TiltedArc(), b = TiltedArc();
-    Geometry& gb = b;
-    EXPECT_EQ(1, a == gb);
-
     Vector3d normal(1.0, 2.0, 2.0);
     Circle circle(Point3d(1.0, -2.0, 3.0), 2.5, normal, Point3d(), Point3d());
-    Geometry& gc = circle;
-    EXPECT_EQ(0, a == gc);
-
     // A plain Geometry and a Curve can carry the name "GArc" after assignment;
     // they are still not arcs.
-    Geometry named;
-    named = a;
-    ASSERT_TRUE(named.isA("GArc"));
-    EXPECT_EQ(0, a == named);
-    Curve curve;
-    curve = a;
-    ASSERT_TRUE(curve.isA("GArc"));
-    EXPECT_EQ(0, a == curve);
+    ExpectEqualOnlyToItsClass<Curve>(a, b, circle, "GArc");
 }
 
 // ---- copying ----
@@ -616,43 +554,11 @@ TEST(GArcEquality, AgainstGeometry) {
 TEST(GArcCopy, CopyReturnsAnEqualArc) {
     GArc arc = TiltedArc();
     arc.GetStartPoint() = Point3d(1.0, 2.0, 3.0);
-    Geometry* g = arc.copy();
-    ASSERT_NE(nullptr, g);
-    GArc* c = dynamic_cast<GArc*>(g);
-    ASSERT_NE(nullptr, c);
-    EXPECT_NE(&arc, c);
-    EXPECT_TRUE(c->isA("GArc"));
-    EXPECT_EQ(1, *c == arc);
-    EXPECT_SAME_XYZ(1.0, 2.0, 3.0, c->GetStartPoint());
-    delete c;
+    ExpectEqualCopy(arc, "GArc", Point3d(1.0, 2.0, 3.0));
 }
 
 TEST(GArcCopy, FunctionHandleIsNeverCopied) {
-    ArcWithHandle source;
-    source.SetFunction(&g_handleA);
-    source.SetRadius(4.0);
-    ASSERT_EQ(&g_handleA, source.GetFunction());
-
-    GArc constructed(source);
-    EXPECT_EQ(nullptr, constructed.GetFunction());
-    EXPECT_SAME_DOUBLE(4.0, constructed.GetRadius());
-
-    Geometry* g = source.copy();
-    GArc* copied = dynamic_cast<GArc*>(g);
-    ASSERT_NE(nullptr, copied);
-    EXPECT_EQ(nullptr, copied->GetFunction());
-    delete copied;
-
-    GArc plain;
-    plain = source;
-    EXPECT_EQ(nullptr, plain.GetFunction());
-    EXPECT_SAME_DOUBLE(4.0, plain.GetRadius());
-
-    ArcWithHandle target;
-    target.SetFunction(&g_handleB);
-    static_cast<GArc&>(target) = source;
-    EXPECT_EQ(&g_handleB, target.GetFunction());
-    EXPECT_SAME_DOUBLE(4.0, target.GetRadius());
+    CheckCircularHandleIsNeverCopied<GArc, ArcWithHandle>(4.0);
 }
 
 TEST(GArcCopy, AssignmentCopiesEveryMemberAndTheName) {
@@ -679,24 +585,16 @@ constexpr std::uint64_t kRecordBits[15] = {
 };
 
 GArc RecordArc() {
-    GArc arc;
-    arc.SetCenter(Point3d(1.5, -2.25, 3.0));
-    arc.SetSize(2.5, 7.0, -0.0);
-    arc.SetNormal(Vector3d(0.0, -0.6, 0.8));
+    GArc arc = WithRecordFrame(GArc());
     arc.SetStart(Vector3d(0.6, 0.8, 0.0));
     arc.SetEnd(Vector3d(-1.0, 0.5, 0.125));
     return arc;
 }
 
 TEST(GArcRecord, GoldenBytes) {
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
     GArc arc = RecordArc();
     arc.GetStartPoint() = Point3d(9.0, 9.0, 9.0);  // not part of the record
-    arc.Save(f);
-    EXPECT_EQ(120L, std::ftell(f));
-    ExpectLittleEndianDoubles(StreamBytes(f), kRecordBits, 15);
-    std::fclose(f);
+    ExpectLittleEndianDoubles(SavedRecord(arc, 120), kRecordBits, 15);
 }
 
 TEST(GArcRecord, RoundTripIsBitForBit) {
@@ -706,78 +604,47 @@ TEST(GArcRecord, RoundTripIsBitForBit) {
     GArc source(Point3d(-0.0, inf, 1e300), 2.5, normal, Vector3d(nan, -inf, 0.1),
                 Vector3d(1.0 / 3.0, -2.0, -0.0));
     source.SetSize(2.5, -0.0, nan);
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    source.Save(f);
-    std::rewind(f);
     GArc loaded;
-    loaded.Load(f);
-    EXPECT_EQ(120L, std::ftell(f));
+    ASSERT_NO_FATAL_FAILURE(SaveAndLoad(source, loaded, 120));
     EXPECT_SAME_XYZ(-0.0, inf, 1e300, loaded.GetCenter());
     EXPECT_SAME_XYZ(2.5, -0.0, nan, loaded.GetSize());
     EXPECT_SAME_XYZ(-0.0, 5e-324, nan, loaded.GetNormal());
     EXPECT_SAME_XYZ(nan, -inf, 0.1, loaded.GetStartV());
     EXPECT_SAME_XYZ(1.0 / 3.0, -2.0, -0.0, loaded.GetEndV());
-    std::fclose(f);
 }
 
 TEST(GArcRecord, LoadIntoDefaultArcRestoresAllMembers) {
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
     GArc source = RecordArc();
     source.GetStartPoint() = Point3d(9.0, 9.0, 9.0);
-    source.Save(f);
-    std::rewind(f);
     GArc loaded;
-    loaded.Load(f);
+    ASSERT_NO_FATAL_FAILURE(SaveAndLoad(source, loaded, 120));
     EXPECT_EQ(1, loaded == source);
     EXPECT_SAME_XYZ(2.5, 7.0, -0.0, loaded.GetSize());
     EXPECT_SAME_XYZ(-1.0, 0.5, 0.125, loaded.GetEndV());
-    // Neither the name nor the Curve part is in the record.
-    EXPECT_TRUE(loaded.isA("GArc"));
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, loaded.GetStartPoint());
-    std::fclose(f);
+    ExpectNameAndCurvePartNotLoaded(loaded, "GArc");
 }
 
 TEST(GArcRecord, TruncatedStreamKeepsFieldsNotReached) {
-    FILE* full = std::tmpfile();
-    ASSERT_NE(nullptr, full);
-    RecordArc().Save(full);
-    const std::vector<unsigned char> bytes = StreamBytes(full);
-    std::fclose(full);
+    const std::vector<unsigned char> bytes = SavedRecord(RecordArc(), 120);
     ASSERT_EQ(120u, bytes.size());
 
     // 72 bytes: center, size and normal; startV and endV are not reached.
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    std::fwrite(bytes.data(), 1, 72, f);
-    std::rewind(f);
     GArc arc = TiltedArc();
-    arc.Load(f);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(arc, bytes, 72));
     EXPECT_SAME_XYZ(1.5, -2.25, 3.0, arc.GetCenter());
     EXPECT_SAME_XYZ(2.5, 7.0, -0.0, arc.GetSize());
     EXPECT_SAME_XYZ(0.0, -0.6, 0.8, arc.GetNormal());
     EXPECT_SAME_XYZ(0.6, 0.8, 0.0, arc.GetStartV());  // TiltedArc's own
     EXPECT_SAME_XYZ(-1.0, 0.5, 0.0, arc.GetEndV());
-    std::fclose(f);
 
     // An empty stream changes nothing.
-    FILE* empty = std::tmpfile();
-    ASSERT_NE(nullptr, empty);
     GArc untouched = TiltedArc();
-    untouched.Load(empty);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(untouched, bytes, 0));
     GArc expected = TiltedArc();
     EXPECT_EQ(1, untouched == expected);
-    std::fclose(empty);
 }
 
-TEST(GArcRecord, NullStreamIsIgnored) {
-    GArc arc = RecordArc();
-    arc.Save(nullptr);
-    arc.Load(nullptr);
-    GArc expected = RecordArc();
-    EXPECT_EQ(1, arc == expected);
-}
+TEST(GArcRecord, NullStreamIsIgnored) { ExpectNullStreamIsIgnored(RecordArc); }
 
 TEST(GArcRecord, SequenceOfObjectsStaysAligned) {
     FILE* f = std::tmpfile();

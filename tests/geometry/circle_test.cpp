@@ -15,6 +15,7 @@
 #include <limits>
 #include <vector>
 
+#include "geometry/geometry_checks.h"
 #include "selvora/selvora.h"
 #include "support/exact.h"
 #include "support/platform.h"
@@ -22,18 +23,9 @@
 
 namespace {
 
-using selvora_test::ExpectLittleEndianDoubles;
-using selvora_test::StreamBytes;
+using namespace selvora_test;
 
 constexpr double kTwoPiF = 6.2831854820251465;
-
-#define EXPECT_SAME_XYZ(ex, ey, ez, actual) \
-    do {                                    \
-        const auto xyz_ = (actual);         \
-        EXPECT_SAME_DOUBLE(ex, xyz_.x);     \
-        EXPECT_SAME_DOUBLE(ey, xyz_.y);     \
-        EXPECT_SAME_DOUBLE(ez, xyz_.z);     \
-    } while (0)
 
 // Centre (1, -2, 3), radius 2.5, normal (1, 2, 2): the frame of the tilted
 // arc of the GArc tests.
@@ -53,25 +45,12 @@ class CircleWithHandle : public Circle {
     using Circle::SetFunction;
 };
 
-int g_handleA, g_handleB;
-
 // ---- construction and accessors ----
 
 TEST(CircleConstruction, Default) {
     Circle c;
-    EXPECT_TRUE(c.isA("GCircle"));
-    EXPECT_STREQ("GCircle", static_cast<const char*>(c.className()));
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, c.GetCenter());
-    EXPECT_SAME_XYZ(1.0, 1.0, 1.0, c.GetSize());
-    EXPECT_SAME_XYZ(0.0, 0.0, 1.0, c.GetNormal());
-    EXPECT_SAME_DOUBLE(1.0, c.GetRadius());
+    ExpectDefaultCircularCurve(c, "GCircle");
     EXPECT_SAME_DOUBLE(6.2831854820251465, c.GetLength());
-    EXPECT_EQ(nullptr, c.GetFunction());
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, c.GetStartPoint());
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, c.GetEndPoint());
-    EXPECT_EQ(Curve::Symmetric, c.GetSymmetry());
-    EXPECT_EQ(Curve::Unbounded, c.GetExtent());
-    EXPECT_EQ(0, c.IsPeriodic());
 }
 
 TEST(CircleConstruction, FromCoordinates) {
@@ -170,29 +149,25 @@ TEST(CircleSampling, DefaultByCountFour) {
     Circle c;
     OvPnt3dArray points = Filled(2);
     c.PointSample(4, points);
-    ASSERT_EQ(4, points.GetSize());
-    EXPECT_SAME_XYZ(1.0, 0.0, 0.0, points[0]);
-    EXPECT_SAME_XYZ(6.123233995736766e-17, 1.0, 0.0, points[1]);
-    EXPECT_SAME_XYZ(-1.0, 1.2246467991473532e-16, 0.0, points[2]);
-    EXPECT_SAME_XYZ(-1.8369701987210297e-16, -1.0, 0.0, points[3]);
+    ExpectPoints(points, {Point3d(1.0, 0.0, 0.0), Point3d(6.123233995736766e-17, 1.0, 0.0),
+                          Point3d(-1.0, 1.2246467991473532e-16, 0.0),
+                          Point3d(-1.8369701987210297e-16, -1.0, 0.0)});
 }
 
 TEST(CircleSampling, TiltedByCount) {
     Circle c = TiltedCircle();
     OvPnt3dArray points;
     c.PointSample(3, points);
-    ASSERT_EQ(3, points.GetSize());
-    EXPECT_SAME_XYZ(3.3333333333333335, -2.3333333333333335, 2.1666666666666665, points[0]);
-    EXPECT_SAME_XYZ(-0.4553418012614794, -0.24562009306186217, 1.9732909936926015, points[1]);
-    EXPECT_SAME_XYZ(0.12200846792814513, -3.4210465736048032, 4.8600423396407315, points[2]);
+    ExpectPoints(points, {Point3d(3.3333333333333335, -2.3333333333333335, 2.1666666666666665),
+                          Point3d(-0.4553418012614794, -0.24562009306186217, 1.9732909936926015),
+                          Point3d(0.12200846792814513, -3.4210465736048032, 4.8600423396407315)});
 }
 
 TEST(CircleSampling, CountOneGivesTheAngleZeroPoint) {
     Circle c = TiltedCircle();
     OvPnt3dArray points = Filled(5);
     c.PointSample(1, points);
-    ASSERT_EQ(1, points.GetSize());
-    EXPECT_SAME_XYZ(3.3333333333333335, -2.3333333333333335, 2.1666666666666665, points[0]);
+    ExpectPoints(points, {Point3d(3.3333333333333335, -2.3333333333333335, 2.1666666666666665)});
 }
 
 TEST(CircleSampling, CountZeroOrNegativeLeavesPointsEmpty) {
@@ -214,9 +189,7 @@ TEST(CircleSampling, BySpacing) {
     EXPECT_SAME_XYZ(-0.900968867902419, 0.43388373911755823, 0.0, points[3]);
 
     c.PointSample(0.0, points);  // two samples, half a turn apart
-    ASSERT_EQ(2, points.GetSize());
-    EXPECT_SAME_XYZ(1.0, 0.0, 0.0, points[0]);
-    EXPECT_SAME_XYZ(-1.0, 1.2246467991473532e-16, 0.0, points[1]);
+    ExpectPoints(points, {Point3d(1.0, 0.0, 0.0), Point3d(-1.0, 1.2246467991473532e-16, 0.0)});
 }
 
 TEST(CircleSampling, SpacingGivingZeroOrNegativeCountLeavesPointsEmpty) {
@@ -276,37 +249,20 @@ TEST(CircleTransform, UniformScalingDoublesRadiusAndCenterDistance) {
 
 TEST(CircleTransform, RotationAndTranslation) {
     Circle c = TiltedCircle();
-    Matrix3d rotation, translation;
-    rotation.setToRotation(0.7, Vector3d(1.0, 1.0, 0.0));
-    translation.setToTranslation(Vector3d(0.5, -1.0, 2.0));
     Geometry& g = c;
-    g.transformBy(translation * rotation);
-    EXPECT_SAME_XYZ(2.5138553665449894, -4.013855366544989, 2.927934476235208, c.GetCenter());
-    EXPECT_SAME_XYZ(2.028640296769927, 0.9713597032300728, 1.9852150697750626, c.GetNormal());
-    EXPECT_SAME_XYZ(2.5, 2.5, 2.5, c.GetSize());
+    g.transformBy(RotationThenTranslation());
+    ExpectTiltedFrameAfterRotationThenTranslation(c);
     EXPECT_SAME_XYZ(0.5, -1.0, 2.0, c.GetStartPoint());
 }
 
 TEST(CircleTransform, GeneralLinearMapAndMirrorHaveNoFixUp) {
     Circle c = TiltedCircle();
-    // clang-format off
-    const Matrix3d m(1.0, 0.5, 0.0, 1.0,
-                     0.25, 2.0, 0.0, 0.0,
-                     0.1, 0.0, 3.0, 0.0,
-                     0.0, 0.0, 0.0, 1.0);
-    // clang-format on
-    c.transformBy(m);
-    EXPECT_SAME_XYZ(1.0, -3.75, 9.1, c.GetCenter());
-    EXPECT_SAME_XYZ(2.0, 4.25, 6.1, c.GetNormal());
-    EXPECT_SAME_XYZ(2.5890393971509975, 2.5890393971509975, 2.5890393971509975, c.GetSize());
+    c.transformBy(GeneralLinearMap());
+    ExpectTiltedFrameAfterGeneralLinearMap(c);
 
     Circle mirrored = TiltedCircle();
-    Matrix3d mirror;
-    mirror.setToScaling(1.0, -1.0, 1.0);
-    mirrored.transformBy(mirror);
-    EXPECT_SAME_XYZ(1.0, 2.0, 3.0, mirrored.GetCenter());
-    EXPECT_SAME_XYZ(1.0, -2.0, 2.0, mirrored.GetNormal());
-    EXPECT_SAME_XYZ(2.5, 2.5, 2.5, mirrored.GetSize());
+    mirrored.transformBy(MirrorInY());
+    ExpectTiltedFrameAfterMirrorInY(mirrored);
 }
 
 // ---- comparison ----
@@ -333,30 +289,15 @@ TEST(CircleEquality, RadiusCenterNormal) {
 TEST(CircleEquality, SameObjectEvenWithNaN) {
     Circle a;
     a.SetCenterX(std::numeric_limits<double>::quiet_NaN());
-    EXPECT_EQ(1, a == a);
-    Circle b = a;
-    EXPECT_EQ(0, a == b);
+    ExpectEqualToItselfOnly(a);
 }
 
 TEST(CircleEquality, AgainstGeometry) {
     Circle a = TiltedCircle(), b = TiltedCircle();
-    Geometry& gb = b;
-    EXPECT_EQ(1, a == gb);
-
     Vector3d normal(1.0, 2.0, 2.0);
     GArc arc(Point3d(1.0, -2.0, 3.0), 2.5, normal, Vector3d(1.0, 0.0, 0.0),
              Vector3d(0.0, 1.0, 0.0));
-    Geometry& ga = arc;
-    EXPECT_EQ(0, a == ga);
-
-    Geometry named;
-    named = a;
-    ASSERT_TRUE(named.isA("GCircle"));
-    EXPECT_EQ(0, a == named);
-    ImplicitCurve curve;
-    curve = a;
-    ASSERT_TRUE(curve.isA("GCircle"));
-    EXPECT_EQ(0, a == curve);
+    ExpectEqualOnlyToItsClass<ImplicitCurve>(a, b, arc, "GCircle");
 }
 
 // ---- copying ----
@@ -364,42 +305,11 @@ TEST(CircleEquality, AgainstGeometry) {
 TEST(CircleCopy, CopyReturnsAnEqualCircle) {
     Vector3d normal(0.0, 1.0, 1.0);
     Circle c(Point3d(1.0, 2.0, 3.0), 4.0, normal, Point3d(5.0, 6.0, 7.0), Point3d());
-    Geometry* g = c.copy();
-    ASSERT_NE(nullptr, g);
-    Circle* copied = dynamic_cast<Circle*>(g);
-    ASSERT_NE(nullptr, copied);
-    EXPECT_NE(&c, copied);
-    EXPECT_TRUE(copied->isA("GCircle"));
-    EXPECT_EQ(1, *copied == c);
-    EXPECT_SAME_XYZ(5.0, 6.0, 7.0, copied->GetStartPoint());
-    delete copied;
+    ExpectEqualCopy(c, "GCircle", Point3d(5.0, 6.0, 7.0));
 }
 
 TEST(CircleCopy, FunctionHandleIsNeverCopied) {
-    CircleWithHandle source;
-    source.SetFunction(&g_handleA);
-    source.SetRadius(3.0);
-    ASSERT_EQ(&g_handleA, source.GetFunction());
-
-    Circle constructed(source);
-    EXPECT_EQ(nullptr, constructed.GetFunction());
-    EXPECT_SAME_DOUBLE(3.0, constructed.GetRadius());
-
-    Circle* copied = dynamic_cast<Circle*>(source.copy());
-    ASSERT_NE(nullptr, copied);
-    EXPECT_EQ(nullptr, copied->GetFunction());
-    delete copied;
-
-    Circle plain;
-    plain = source;
-    EXPECT_EQ(nullptr, plain.GetFunction());
-    EXPECT_SAME_DOUBLE(3.0, plain.GetRadius());
-
-    CircleWithHandle target;
-    target.SetFunction(&g_handleB);
-    static_cast<Circle&>(target) = source;
-    EXPECT_EQ(&g_handleB, target.GetFunction());
-    EXPECT_SAME_DOUBLE(3.0, target.GetRadius());
+    CheckCircularHandleIsNeverCopied<Circle, CircleWithHandle>(3.0);
 }
 
 // ---- records ----
@@ -411,23 +321,12 @@ constexpr std::uint64_t kRecordBits[9] = {
     0x0000000000000000, 0xbfe3333333333333, 0x3fe999999999999a,  // normal 0, -0.6, 0.8
 };
 
-Circle RecordCircle() {
-    Circle c;
-    c.SetCenter(Point3d(1.5, -2.25, 3.0));
-    c.SetSize(2.5, 7.0, -0.0);
-    c.SetNormal(Vector3d(0.0, -0.6, 0.8));
-    return c;
-}
+Circle RecordCircle() { return WithRecordFrame(Circle()); }
 
 TEST(CircleRecord, GoldenBytes) {
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
     Circle c = RecordCircle();
     c.GetEndPoint() = Point3d(9.0, 9.0, 9.0);  // not part of the record
-    c.Save(f);
-    EXPECT_EQ(72L, std::ftell(f));
-    ExpectLittleEndianDoubles(StreamBytes(f), kRecordBits, 9);
-    std::fclose(f);
+    ExpectLittleEndianDoubles(SavedRecord(c, 72), kRecordBits, 9);
 }
 
 TEST(CircleRecord, RoundTripIntoDefaultCircle) {
@@ -439,47 +338,25 @@ TEST(CircleRecord, RoundTripIntoDefaultCircle) {
     source.SetSize(1.0 / 3.0, -std::numeric_limits<double>::infinity(), 0.1);
     source.SetNormal(Vector3d(1e-300, -7.0, nan));
     source.GetStartPoint() = Point3d(1.0, 1.0, 1.0);
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    source.Save(f);
-    std::rewind(f);
     Circle loaded;
-    loaded.Load(f);
-    EXPECT_EQ(72L, std::ftell(f));
+    ASSERT_NO_FATAL_FAILURE(SaveAndLoad(source, loaded, 72));
     EXPECT_SAME_XYZ(nan, -0.0, 5e-324, loaded.GetCenter());
     EXPECT_SAME_XYZ(1.0 / 3.0, -std::numeric_limits<double>::infinity(), 0.1, loaded.GetSize());
     EXPECT_SAME_XYZ(1e-300, -7.0, nan, loaded.GetNormal());
-    EXPECT_TRUE(loaded.isA("GCircle"));
-    EXPECT_SAME_XYZ(0.0, 0.0, 0.0, loaded.GetStartPoint());
-    std::fclose(f);
+    ExpectNameAndCurvePartNotLoaded(loaded, "GCircle");
 }
 
 TEST(CircleRecord, TruncatedStreamKeepsFieldsNotReached) {
-    FILE* full = std::tmpfile();
-    ASSERT_NE(nullptr, full);
-    RecordCircle().Save(full);
-    const std::vector<unsigned char> bytes = StreamBytes(full);
-    std::fclose(full);
+    const std::vector<unsigned char> bytes = SavedRecord(RecordCircle(), 72);
     ASSERT_EQ(72u, bytes.size());
 
-    FILE* f = std::tmpfile();  // center only
-    ASSERT_NE(nullptr, f);
-    std::fwrite(bytes.data(), 1, 24, f);
-    std::rewind(f);
     Circle c = TiltedCircle();
-    c.Load(f);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(c, bytes, 24));  // center only
     EXPECT_SAME_XYZ(1.5, -2.25, 3.0, c.GetCenter());
     EXPECT_SAME_XYZ(2.5, 2.5, 2.5, c.GetSize());
     EXPECT_SAME_XYZ(1.0, 2.0, 2.0, c.GetNormal());
-    std::fclose(f);
 }
 
-TEST(CircleRecord, NullStreamIsIgnored) {
-    Circle c = RecordCircle();
-    c.Save(nullptr);
-    c.Load(nullptr);
-    Circle expected = RecordCircle();
-    EXPECT_EQ(1, c == expected);
-}
+TEST(CircleRecord, NullStreamIsIgnored) { ExpectNullStreamIsIgnored(RecordCircle); }
 
 }  // namespace

@@ -18,17 +18,23 @@
 #include <typeinfo>
 #include <vector>
 
+#include "geometry/geometry_checks.h"
 #include "selvora/selvora.h"
 #include "support/exact.h"
 #include "support/streams.h"
 
 namespace {
 
+using selvora_test::CopyOf;
+using selvora_test::ExpectCopyIs;
+using selvora_test::ExpectEqualToItselfOnly;
 using selvora_test::ExpectPoint;
 using selvora_test::ExpectSamePoint;
 using selvora_test::ExpectVector;
 using selvora_test::FromBits;
-using selvora_test::StreamBytes;
+using selvora_test::LoadFirst;
+using selvora_test::SaveAndLoad;
+using selvora_test::SavedRecord;
 using selvora_test::StreamOf;
 
 using selvora_test::Bits;
@@ -141,20 +147,11 @@ TEST(Geometry, CopyConstructorAndAssignmentCopyTheName) {
 
 TEST(Geometry, CopyReturnsAPlainGeometryWithTheName) {
     Geometry g;
-    Geometry* p = g.copy();
-    ASSERT_NE(nullptr, p);
-    EXPECT_NE(&g, p);
-    EXPECT_TRUE(typeid(*p) == typeid(Geometry));
-    EXPECT_STREQ("NOCLASS", p->className());
-    delete p;
+    ExpectCopyIs<Geometry>(g, "NOCLASS");
 
     Geometry named;
     named = Curve();
-    Geometry* q = named.copy();
-    ASSERT_NE(nullptr, q);
-    EXPECT_TRUE(typeid(*q) == typeid(Geometry));
-    EXPECT_STREQ("GCurve", q->className());
-    delete q;
+    ExpectCopyIs<Geometry>(named, "GCurve");
 }
 
 TEST(Geometry, SaveWritesNothingAndLoadReadsNothing) {
@@ -244,25 +241,14 @@ TEST(Curve, AssignmentThroughGeometryCopiesOnlyTheName) {
 
 TEST(Curve, CopyReturnsANewCurve) {
     Curve src = MakeCurve();
-    Geometry* g = src.copy();
-    ASSERT_NE(nullptr, g);
-    EXPECT_TRUE(typeid(*g) == typeid(Curve));
-    EXPECT_STREQ("GCurve", g->className());
-    Curve* c = dynamic_cast<Curve*>(g);
+    const std::unique_ptr<Curve> c = CopyOf<Curve>(src, "GCurve");
     ASSERT_NE(nullptr, c);
-    EXPECT_NE(&src, c);
     ExpectCurveFields(*c, Point3d(1.5, -2.0, 0.25), Point3d(-0.75, 4.0, 2.5), 0, 2, -7);
-    delete g;
 
     // Through the base pointer, and carrying a foreign name.
     Geometry plain;
     static_cast<Geometry&>(src) = plain;
-    Geometry* base = &src;
-    Geometry* h = base->copy();
-    ASSERT_NE(nullptr, h);
-    EXPECT_TRUE(typeid(*h) == typeid(Curve));
-    EXPECT_STREQ("NOCLASS", h->className());
-    delete h;
+    ExpectCopyIs<Curve>(src, "NOCLASS");
 }
 
 TEST(Curve, InitRestoresTheDefaultsOnly) {
@@ -522,10 +508,8 @@ TEST(Curve, EqualWithItselfEvenWithNaN) {
     Curve c;
     c.SetStart(nan, 0.0, 0.0);
     c.SetEnd(0.0, nan, nan);
-    EXPECT_EQ(1, c == c);
     EXPECT_EQ(1, c == static_cast<Geometry&>(c));
-    Curve copy(c);
-    EXPECT_EQ(0, c == copy);
+    ExpectEqualToItselfOnly(c);
 }
 
 TEST(Curve, EqualWhenEveryFieldIsEqual) {
@@ -579,21 +563,29 @@ TEST(Curve, UnequalWhenAnyFieldDiffers) {
     }
 }
 
+namespace {
+
+// A Curve and an ImplicitCurve with the same end points.
+struct TwinCurves {
+    Point3d s{1.0, 2.0, 3.0}, e{4.0, 5.0, 6.0};
+    Curve curve{s, e};
+    ImplicitCurve implicit{s, e};
+};
+
+}  // namespace
+
 TEST(Curve, CurveComparisonIgnoresTheClassName) {
-    Point3d s(1.0, 2.0, 3.0), e(4.0, 5.0, 6.0);
-    Curve c(s, e);
-    ImplicitCurve ic(s, e);
-    EXPECT_EQ(1, c == static_cast<Curve&>(ic));
-    EXPECT_EQ(1, ic == c);
+    TwinCurves twins;
+    EXPECT_EQ(1, twins.curve == static_cast<Curve&>(twins.implicit));
+    EXPECT_EQ(1, twins.implicit == twins.curve);
 }
 
 TEST(Curve, GeometryComparisonRequiresTheCurveName) {
-    Point3d s(1.0, 2.0, 3.0), e(4.0, 5.0, 6.0);
-    Curve c(s, e);
-    ImplicitCurve ic(s, e);
-    EXPECT_EQ(0, c == static_cast<Geometry&>(ic));
+    TwinCurves twins;
+    Curve& c = twins.curve;
+    EXPECT_EQ(0, c == static_cast<Geometry&>(twins.implicit));
 
-    Curve renamed(s, e);
+    Curve renamed(twins.s, twins.e);
     Geometry plain;
     static_cast<Geometry&>(renamed) = plain;
     EXPECT_EQ(1, c == renamed);
@@ -619,12 +611,7 @@ TEST(Curve, SaveWritesThe60ByteRecord) {
     c.SetSymmetry(Curve::NotSymmetric);
     c.SetExtent(Curve::Bounded);
     c.SetPeriodic(-7);
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    c.Save(f);
-    EXPECT_EQ(60L, std::ftell(f));
-    const std::vector<unsigned char> bytes = StreamBytes(f);
-    std::fclose(f);
+    const std::vector<unsigned char> bytes = SavedRecord(c, 60);
     ASSERT_EQ(60u, bytes.size());
 
     // 1.5 = 0x3FF8000000000000 and -0.0 = 0x8000000000000000, little-endian.
@@ -655,14 +642,8 @@ TEST(Curve, SaveThenLoadRestoresEveryField) {
     c.SetSymmetry(Curve::NotSymmetric);
     c.SetExtent(Curve::Bounded);
     c.SetPeriodic(123456789);
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    c.Save(f);
-    std::rewind(f);
     Curve r;
-    r.Load(f);
-    EXPECT_EQ(60L, std::ftell(f));
-    std::fclose(f);
+    ASSERT_NO_FATAL_FAILURE(SaveAndLoad(c, r, 60));
     EXPECT_EQ(0xFFF4000000000123ull, Bits(r.GetStartX()));
     ExpectCurveFields(r, c.GetStartPoint(), c.GetEndPoint(), 0, 2, 123456789);
     EXPECT_STREQ("GCurve", r.className());
@@ -684,56 +665,32 @@ TEST(Curve, LoadThroughTheVirtualTable) {
 }
 
 TEST(Curve, ShortReadKeepsWhatItDidNotReach) {
-    Curve src = MakeCurve();
-    FILE* full = std::tmpfile();
-    ASSERT_NE(nullptr, full);
-    src.Save(full);
-    const std::vector<unsigned char> bytes = StreamBytes(full);
-    std::fclose(full);
+    const std::vector<unsigned char> bytes = SavedRecord(MakeCurve(), 60);
     ASSERT_EQ(60u, bytes.size());
 
-    auto fresh = [] {
+    // A curve away from the defaults loads the first n bytes of the record;
+    // then it must hold these fields.
+    auto expectAfterLoading = [&bytes](std::size_t n, const Point3d& s, const Point3d& e,
+                                       int symmetry, int extent, int periodic) {
+        SCOPED_TRACE(::testing::Message() << n << " bytes");
         Curve c;
         c.SetStart(11.0, 12.0, 13.0);
         c.SetEnd(21.0, 22.1, 23.0);
-        return c;
+        ASSERT_NO_FATAL_FAILURE(LoadFirst(c, bytes, n));
+        ExpectCurveFields(c, s, e, symmetry, extent, periodic);
     };
 
     // 36 bytes: the start, the end's x, and the low half of the end's y.
-    {
-        FILE* f = StreamOf(std::vector<unsigned char>(bytes.begin(), bytes.begin() + 36));
-        Curve c = fresh();
-        c.Load(f);
-        std::fclose(f);
-        const double y =
-            FromBits((Bits(22.1) & 0xFFFFFFFF00000000ull) | (Bits(4.0) & 0x00000000FFFFFFFFull));
-        ASSERT_NE(Bits(22.1), Bits(y));
-        ExpectCurveFields(c, Point3d(1.5, -2.0, 0.25), Point3d(-0.75, y, 23.0), 2, 0, 0);
-    }
+    const double y =
+        FromBits((Bits(22.1) & 0xFFFFFFFF00000000ull) | (Bits(4.0) & 0x00000000FFFFFFFFull));
+    ASSERT_NE(Bits(22.1), Bits(y));
+    expectAfterLoading(36, Point3d(1.5, -2.0, 0.25), Point3d(-0.75, y, 23.0), 2, 0, 0);
     // 56 bytes: everything but the periodic flag.
-    {
-        FILE* f = StreamOf(std::vector<unsigned char>(bytes.begin(), bytes.begin() + 56));
-        Curve c = fresh();
-        c.Load(f);
-        std::fclose(f);
-        ExpectCurveFields(c, Point3d(1.5, -2.0, 0.25), Point3d(-0.75, 4.0, 2.5), 0, 2, 0);
-    }
+    expectAfterLoading(56, Point3d(1.5, -2.0, 0.25), Point3d(-0.75, 4.0, 2.5), 0, 2, 0);
     // 58 bytes: the flag gets the low two bytes of -7 (F9 FF) over its old 0.
-    {
-        FILE* f = StreamOf(std::vector<unsigned char>(bytes.begin(), bytes.begin() + 58));
-        Curve c = fresh();
-        c.Load(f);
-        std::fclose(f);
-        ExpectCurveFields(c, Point3d(1.5, -2.0, 0.25), Point3d(-0.75, 4.0, 2.5), 0, 2, 0xFFF9);
-    }
+    expectAfterLoading(58, Point3d(1.5, -2.0, 0.25), Point3d(-0.75, 4.0, 2.5), 0, 2, 0xFFF9);
     // Nothing at all.
-    {
-        FILE* f = StreamOf({});
-        Curve c = fresh();
-        c.Load(f);
-        std::fclose(f);
-        ExpectCurveFields(c, Point3d(11.0, 12.0, 13.0), Point3d(21.0, 22.1, 23.0), 2, 0, 0);
-    }
+    expectAfterLoading(0, Point3d(11.0, 12.0, 13.0), Point3d(21.0, 22.1, 23.0), 2, 0, 0);
 }
 
 TEST(Curve, NullStreamIsIgnored) {
@@ -836,25 +793,14 @@ TEST(ImplicitCurve, CopyReturnsANewImplicitCurveWithoutTheHandle) {
     src.SetFunction(&g_handleTarget);
     src.SetSymmetry(Curve::NotSymmetric);
 
-    Curve* asCurve = &src;
-    Geometry* g = asCurve->copy();
-    ASSERT_NE(nullptr, g);
-    EXPECT_TRUE(typeid(*g) == typeid(ImplicitCurve));
-    EXPECT_STREQ("GImplictCurve", g->className());
-    ImplicitCurve* ic = dynamic_cast<ImplicitCurve*>(g);
+    Curve& asCurve = src;
+    const std::unique_ptr<ImplicitCurve> ic = CopyOf<ImplicitCurve>(asCurve, "GImplictCurve");
     ASSERT_NE(nullptr, ic);
-    EXPECT_NE(static_cast<ImplicitCurve*>(&src), ic);
     EXPECT_EQ(nullptr, ic->GetFunction());
     ExpectCurveFields(*ic, s, e, 0, 0, 0);
-    delete g;
 
     ImplicitCurve plain(s, e);
-    Geometry* base = &plain;
-    Geometry* h = base->copy();
-    ASSERT_NE(nullptr, h);
-    EXPECT_TRUE(typeid(*h) == typeid(ImplicitCurve));
-    EXPECT_STREQ("GImplictCurve", h->className());
-    delete h;
+    ExpectCopyIs<ImplicitCurve>(plain, "GImplictCurve");
 }
 
 TEST(ImplicitCurve, SaveWritesNothingAndLoadConsumesNothing) {

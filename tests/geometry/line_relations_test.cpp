@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <stdexcept>
 
@@ -33,6 +34,13 @@ Line AxisTen() { return MakeLine(0.0, 0.0, 0.0, 10.0, 0.0, 0.0); }
 
 double Below(double x) { return std::nextafter(x, -std::numeric_limits<double>::infinity()); }
 double Above(double x) { return std::nextafter(x, std::numeric_limits<double>::infinity()); }
+
+// x.ProjectedUnion of a container holding these entries in this order.
+double ProjectedUnionOf(Line& x, std::initializer_list<Line*> entries) {
+    CArray<Line*, Line*> lines;
+    for (Line* l : entries) lines.Add(l);
+    return x.ProjectedUnion(lines);
+}
 
 // A line that empties the caller's container when its start is read, so that
 // the next indexed read fails.
@@ -256,14 +264,19 @@ TEST(LineRelationsTest, BothEndsCloseToLineFailsOnNaNDistances) {
 
 TEST(LineRelationsTest, EndPointsWithinLine) {
     Line x = AxisTen();
-    Line inside = MakeLine(2.0, 0.0, 0.0, 5.0, 0.0, 0.0);
-    Line outside = MakeLine(12.0, 0.0, 0.0, -3.0, 0.0, 0.0);  // off the segment, on the line
-    Line endOff = MakeLine(2.0, 0.0, 0.0, 5.0, 1e-8, 0.0);
-    Line startOff = MakeLine(2.0, 0.0, 1e-8, 5.0, 0.0, 0.0);
-    EXPECT_EQ(1, x.EndPointsWithinLine(&inside));
-    EXPECT_EQ(1, x.EndPointsWithinLine(&outside));
-    EXPECT_EQ(0, x.EndPointsWithinLine(&endOff));
-    EXPECT_EQ(0, x.EndPointsWithinLine(&startOff));
+    const struct {
+        Line other;
+        int within;
+    } cases[] = {
+        {MakeLine(2.0, 0.0, 0.0, 5.0, 0.0, 0.0), 1},
+        {MakeLine(12.0, 0.0, 0.0, -3.0, 0.0, 0.0), 1},  // off the segment, on the line
+        {MakeLine(2.0, 0.0, 0.0, 5.0, 1e-8, 0.0), 0},   // the end is off
+        {MakeLine(2.0, 0.0, 1e-8, 5.0, 0.0, 0.0), 0},   // the start is off
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "other from " << c.other.GetStartX());
+        EXPECT_EQ(c.within, x.EndPointsWithinLine(&c.other));
+    }
 }
 
 // ---- Distances between lines ----
@@ -298,14 +311,20 @@ TEST(LineRelationsTest, DistanceFromALineThroughTheOriginIsTheMidpointDistance) 
 
 TEST(LineRelationsTest, ParallelNeedsTheSameUnitDirection) {
     Line a = LineA();
-    Vector3d u = a.GetDirection();
-    Vector3d minus(-u.x, -u.y, -u.z);
-    Vector3d close(u.x + 1e-9, u.y, u.z - 1e-9);
-    Vector3d twice(u.x * 2.0, u.y * 2.0, u.z * 2.0);
-    EXPECT_EQ(1, a.parallel(u));
-    EXPECT_EQ(0, a.parallel(minus));
-    EXPECT_EQ(1, a.parallel(close));
-    EXPECT_EQ(0, a.parallel(twice));
+    const Vector3d u = a.GetDirection();
+    struct {
+        Vector3d v;
+        int parallel;
+    } cases[] = {
+        {u, 1},
+        {Vector3d(-u.x, -u.y, -u.z), 0},
+        {Vector3d(u.x + 1e-9, u.y, u.z - 1e-9), 1},  // close
+        {Vector3d(u.x * 2.0, u.y * 2.0, u.z * 2.0), 0},
+    };
+    for (auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "v = " << c.v.x << ", " << c.v.y << ", " << c.v.z);
+        EXPECT_EQ(c.parallel, a.parallel(c.v));
+    }
 }
 
 TEST(LineRelationsTest, AngleBetweenXYDirections) {
@@ -419,17 +438,12 @@ TEST(LineRelationsTest, ProjectedUnionOfOverlappingIntervals) {
     Line l1 = MakeLine(1.0, 0.0, 0.0, 3.0, 0.0, 0.0);
     Line l2 = MakeLine(5.0, 2.0, 0.0, 2.0, -1.0, 0.0);
     Line l3 = MakeLine(14.0, 0.0, 0.0, 7.0, 0.0, 0.0);
-    CArray<Line*, Line*> lines;
-    lines.Add(&l3);
-    lines.Add(&l1);
-    lines.Add(&l2);
-    EXPECT_SAME_DOUBLE(7.000000000000001, x.ProjectedUnion(lines));
+    EXPECT_SAME_DOUBLE(7.000000000000001, ProjectedUnionOf(x, {&l3, &l1, &l2}));
 }
 
 TEST(LineRelationsTest, ProjectedUnionOfAnEmptyContainerIsZero) {
     Line x = AxisTen();
-    CArray<Line*, Line*> lines;
-    EXPECT_SAME_DOUBLE(0.0, x.ProjectedUnion(lines));
+    EXPECT_SAME_DOUBLE(0.0, ProjectedUnionOf(x, {}));
 }
 
 TEST(LineRelationsTest, ProjectedUnionSweepCases) {
@@ -439,40 +453,26 @@ TEST(LineRelationsTest, ProjectedUnionSweepCases) {
         Line l1 = MakeLine(1.0, 0.0, 0.0, 6.0, 0.0, 0.0);
         Line l2 = MakeLine(2.0, 0.0, 0.0, 3.0, 0.0, 0.0);
         Line l3 = MakeLine(5.0, 0.0, 0.0, 8.0, 0.0, 0.0);
-        CArray<Line*, Line*> lines;
-        lines.Add(&l1);
-        lines.Add(&l2);
-        lines.Add(&l3);
-        EXPECT_SAME_DOUBLE(7.000000000000001, x.ProjectedUnion(lines));
+        EXPECT_SAME_DOUBLE(7.000000000000001, ProjectedUnionOf(x, {&l1, &l2, &l3}));
     }
     {
         // Wholly below 0 and wholly above 1.
         Line l1 = MakeLine(-5.0, 0.0, 0.0, -1.0, 0.0, 0.0);
         Line l2 = MakeLine(11.0, 0.0, 0.0, 12.0, 0.0, 0.0);
-        CArray<Line*, Line*> lines;
-        lines.Add(&l2);
-        lines.Add(&l1);
-        EXPECT_SAME_DOUBLE(0.0, x.ProjectedUnion(lines));
+        EXPECT_SAME_DOUBLE(0.0, ProjectedUnionOf(x, {&l2, &l1}));
     }
     {
         // [-0.5, 0.3] is clipped at 0, [0.9, 1.2] at 1, [2, 3] is past the end.
         Line l1 = MakeLine(-5.0, 0.0, 0.0, 3.0, 0.0, 0.0);
         Line l2 = MakeLine(9.0, 0.0, 0.0, 12.0, 0.0, 0.0);
         Line l3 = MakeLine(20.0, 0.0, 0.0, 30.0, 0.0, 0.0);
-        CArray<Line*, Line*> lines;
-        lines.Add(&l3);
-        lines.Add(&l2);
-        lines.Add(&l1);
-        EXPECT_SAME_DOUBLE(3.9999999999999996, x.ProjectedUnion(lines));
+        EXPECT_SAME_DOUBLE(3.9999999999999996, ProjectedUnionOf(x, {&l3, &l2, &l1}));
     }
     {
         // [0.3, 0.6] then [0.4, 1.2], which overlaps and reaches past the end.
         Line l1 = MakeLine(4.0, 0.0, 0.0, 12.0, 0.0, 0.0);
         Line l2 = MakeLine(6.0, 0.0, 0.0, 3.0, 0.0, 0.0);
-        CArray<Line*, Line*> lines;
-        lines.Add(&l1);
-        lines.Add(&l2);
-        EXPECT_SAME_DOUBLE(7.0, x.ProjectedUnion(lines));
+        EXPECT_SAME_DOUBLE(7.0, ProjectedUnionOf(x, {&l1, &l2}));
     }
 }
 
@@ -484,14 +484,8 @@ TEST(LineRelationsTest, ProjectedUnionKeepsTheContainerOrderOfEqualStarts) {
     Line x = AxisTen();
     Line shorter = MakeLine(0.1, 0.0, 0.0, 0.2, 0.0, 0.0);
     Line longer = MakeLine(0.1, 0.0, 0.0, 0.8, 0.0, 0.0);
-    CArray<Line*, Line*> shorterFirst;
-    shorterFirst.Add(&shorter);
-    shorterFirst.Add(&longer);
-    EXPECT_SAME_DOUBLE(0.7, x.ProjectedUnion(shorterFirst));
-    CArray<Line*, Line*> longerFirst;
-    longerFirst.Add(&longer);
-    longerFirst.Add(&shorter);
-    EXPECT_SAME_DOUBLE(0.7000000000000001, x.ProjectedUnion(longerFirst));
+    EXPECT_SAME_DOUBLE(0.7, ProjectedUnionOf(x, {&shorter, &longer}));
+    EXPECT_SAME_DOUBLE(0.7000000000000001, ProjectedUnionOf(x, {&longer, &shorter}));
 }
 
 TEST(LineRelationsTest, ProjectedUnionInThreeDimensions) {
@@ -500,17 +494,10 @@ TEST(LineRelationsTest, ProjectedUnionInThreeDimensions) {
     Line c = MakeLine(0.5, -0.5, 1.0, 1.0, -2.0, 3.0);
     Line d = MakeLine(3.0, -4.0, 6.0, 1.2, -2.0, 3.5);
     Line e = MakeLine(-2.0, -2.0, -2.0, -1.0, -1.0, -1.0);
-    CArray<Line*, Line*> lines;
-    lines.Add(&b);
-    lines.Add(&c);
-    lines.Add(&d);
-    lines.Add(&e);
-    EXPECT_SAME_DOUBLE(3.7142665526387724, a.ProjectedUnion(lines));
+    EXPECT_SAME_DOUBLE(3.7142665526387724, ProjectedUnionOf(a, {&b, &c, &d, &e}));
 
-    CArray<Line*, Line*> one;
-    one.Add(&c);
-    EXPECT_SAME_DOUBLE(a.ProjectedLength(c), a.ProjectedUnion(one));
-    EXPECT_SAME_DOUBLE(2.5298109870530263, a.ProjectedUnion(one));
+    EXPECT_SAME_DOUBLE(a.ProjectedLength(c), ProjectedUnionOf(a, {&c}));
+    EXPECT_SAME_DOUBLE(2.5298109870530263, ProjectedUnionOf(a, {&c}));
 }
 
 TEST(LineRelationsTest, ProjectedUnionSkipsNullEntries) {
@@ -518,18 +505,9 @@ TEST(LineRelationsTest, ProjectedUnionSkipsNullEntries) {
     Line c = MakeLine(0.5, -0.5, 1.0, 1.0, -2.0, 3.0);
     Line d = MakeLine(3.0, -4.0, 6.0, 1.2, -2.0, 3.5);
     Line e = MakeLine(-2.0, -2.0, -2.0, -1.0, -1.0, -1.0);
-    CArray<Line*, Line*> lines;
-    lines.Add(nullptr);
-    lines.Add(&b);
-    lines.Add(nullptr);
-    lines.Add(&c);
-    lines.Add(&d);
-    lines.Add(&e);
-    EXPECT_SAME_DOUBLE(3.7142665526387724, a.ProjectedUnion(lines));
+    EXPECT_SAME_DOUBLE(3.7142665526387724, ProjectedUnionOf(a, {nullptr, &b, nullptr, &c, &d, &e}));
 
-    CArray<Line*, Line*> onlyNull;
-    onlyNull.Add(nullptr);
-    EXPECT_SAME_DOUBLE(0.0, a.ProjectedUnion(onlyNull));
+    EXPECT_SAME_DOUBLE(0.0, ProjectedUnionOf(a, {nullptr}));
 }
 
 TEST(LineRelationsTest, ProjectedUnionLetsTheContainerExceptionEscape) {

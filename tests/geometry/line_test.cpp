@@ -16,17 +16,22 @@
 #include <limits>
 #include <vector>
 
+#include "geometry/geometry_checks.h"
 #include "selvora/selvora.h"
 #include "support/exact.h"
 #include "support/streams.h"
 
 namespace {
 
+using selvora_test::CopyOf;
+using selvora_test::ExpectEqualToItselfOnly;
 using selvora_test::ExpectPoint;
+using selvora_test::ExpectPoints;
 using selvora_test::ExpectSamePoint;
 using selvora_test::ExpectVector;
-using selvora_test::StreamBytes;
-using selvora_test::StreamOf;
+using selvora_test::LoadFirst;
+using selvora_test::SaveAndLoad;
+using selvora_test::SavedRecord;
 
 using selvora_test::Bits;
 
@@ -39,6 +44,18 @@ void ExpectEnds(const Line& l, const Point3d& s, const Point3d& e) {
         SCOPED_TRACE("end");
         ExpectSamePoint(e, l.GetEnd());
     }
+}
+
+// A line from s to e that is Bounded, has these symmetry and periodic flag, is
+// named "GLine" and carries no function handle.
+void ExpectBoundedLine(Line& l, const Point3d& s, const Point3d& e, Curve::SymmetryType symmetry,
+                       int periodic) {
+    ExpectEnds(l, s, e);
+    EXPECT_EQ(Curve::Bounded, l.GetExtent());
+    EXPECT_EQ(symmetry, l.GetSymmetry());
+    EXPECT_EQ(periodic, l.IsPeriodic());
+    EXPECT_STREQ("GLine", l.className());
+    EXPECT_EQ(nullptr, l.GetFunction());
 }
 
 // The general line most tests use: S = (0.1, 0.2, 0.3), E = (1.7, -2.9, 4.1).
@@ -89,6 +106,17 @@ void ExpectMarker(OvPnt3dArray& pts, int n) {
     for (int i = 0; i < n; ++i) ExpectPoint(pts.GetAt(i), 100.0 + i, -1.0, -2.0);
 }
 
+// Sampling l by a step or a count (the type of `by` chooses) must leave an
+// array of n marker points as it was.
+template <class By>
+void ExpectSamplingLeavesMarkers(Line& l, By by, int n) {
+    SCOPED_TRACE(::testing::Message() << "sampling by " << by);
+    OvPnt3dArray pts;
+    FillMarker(pts, n);
+    l.PointSample(by, pts);
+    ExpectMarker(pts, n);
+}
+
 }  // namespace
 
 // ---- Construction ----
@@ -121,12 +149,7 @@ TEST(LineTest, VectorAndMidpointConstructor) {
 TEST(LineTest, TwoPointConstructor) {
     Point3d s(0.1, 0.2, 0.3), e(1.7, -2.9, 4.1);
     Line l(s, e);
-    ExpectEnds(l, s, e);
-    EXPECT_EQ(Curve::Bounded, l.GetExtent());
-    EXPECT_EQ(Curve::Symmetric, l.GetSymmetry());
-    EXPECT_EQ(0, l.IsPeriodic());
-    EXPECT_STREQ("GLine", l.className());
-    EXPECT_EQ(nullptr, l.GetFunction());
+    ExpectBoundedLine(l, s, e, Curve::Symmetric, 0);
 }
 
 TEST(LineTest, ImplicitCoefficientConstructor) {
@@ -174,12 +197,7 @@ TEST(LineTest, CopyConstructorCopiesEverythingButTheFunction) {
     ASSERT_EQ(&token, src.GetFunction());
 
     Line copy(src);
-    ExpectEnds(copy, s, e);
-    EXPECT_EQ(Curve::Bounded, copy.GetExtent());
-    EXPECT_EQ(Curve::NotSymmetric, copy.GetSymmetry());
-    EXPECT_EQ(7, copy.IsPeriodic());
-    EXPECT_STREQ("GLine", copy.className());
-    EXPECT_EQ(nullptr, copy.GetFunction());
+    ExpectBoundedLine(copy, s, e, Curve::NotSymmetric, 7);
 }
 
 TEST(LineTest, AssignmentKeepsTheTargetsFunction) {
@@ -208,15 +226,9 @@ TEST(LineTest, CopyMakesANewLineWithoutTheFunction) {
     Point3d s(0.1, 0.2, 0.3), e(1.7, -2.9, 4.1);
     ProbeLine src(s, e);
     src.SetFn(&token);
-    Geometry* g = src.copy();
-    ASSERT_NE(nullptr, g);
-    Line* l = dynamic_cast<Line*>(g);
+    const std::unique_ptr<Line> l = CopyOf<Line>(src, "GLine");
     ASSERT_NE(nullptr, l);
-    EXPECT_STREQ("GLine", l->className());
-    ExpectEnds(*l, s, e);
-    EXPECT_EQ(Curve::Bounded, l->GetExtent());
-    EXPECT_EQ(nullptr, l->GetFunction());
-    delete l;
+    ExpectBoundedLine(*l, s, e, Curve::Symmetric, 0);
 }
 
 // ---- Derived quantities ----
@@ -550,9 +562,7 @@ TEST(LineTest, EqualityWithItselfEvenWithNaN) {
     double nan = std::numeric_limits<double>::quiet_NaN();
     Point3d s(nan, 0.0, 0.0), e(1.0, 0.0, 0.0);
     Line l(s, e);
-    EXPECT_EQ(1, l == l);
-    Line copy(l);
-    EXPECT_EQ(0, l == copy);  // NaN is within no tolerance
+    ExpectEqualToItselfOnly(l);
 }
 
 TEST(LineTest, EqualityAgainstAGeometry) {
@@ -606,11 +616,8 @@ TEST(LinePointSampleTest, ByStepOnAnAxisLine) {
     Line l(o, e);
     OvPnt3dArray pts;
     l.PointSample(3.0, pts);  // 4 samples; the leftover 1 is split at both ends
-    ASSERT_EQ(4, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 0.0, 0.0, 0.0);
-    ExpectPoint(pts.GetAt(1), 3.5, 0.0, 0.0);
-    ExpectPoint(pts.GetAt(2), 6.5, 0.0, 0.0);
-    ExpectPoint(pts.GetAt(3), 10.0, 0.0, 0.0);
+    ExpectPoints(pts, {Point3d(0.0, 0.0, 0.0), Point3d(3.5, 0.0, 0.0), Point3d(6.5, 0.0, 0.0),
+                       Point3d(10.0, 0.0, 0.0)});
 }
 
 TEST(LinePointSampleTest, ByStepKeepsTheCountQuirk) {
@@ -633,17 +640,14 @@ TEST(LinePointSampleTest, ZeroStepGivesTheTwoEnds) {
     Line l = GeneralLine();
     OvPnt3dArray pts;
     l.PointSample(0.0, pts);
-    ASSERT_EQ(2, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 0.1, 0.2, 0.3);
-    ExpectPoint(pts.GetAt(1), 1.7, -2.9, 4.1);
+    ExpectPoints(pts, {Point3d(0.1, 0.2, 0.3), Point3d(1.7, -2.9, 4.1)});
 }
 
 TEST(LinePointSampleTest, StepLongerThanTheLineGivesTheEndOnly) {
     Line l = GeneralLine();
     OvPnt3dArray pts;
     l.PointSample(100.0, pts);
-    ASSERT_EQ(1, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 1.7, -2.9, 4.1);
+    ExpectPoints(pts, {Point3d(1.7, -2.9, 4.1)});
 }
 
 TEST(LinePointSampleTest, ByStepResizesAFilledArray) {
@@ -651,19 +655,14 @@ TEST(LinePointSampleTest, ByStepResizesAFilledArray) {
     OvPnt3dArray pts;
     FillMarker(pts, 20);
     l.PointSample(0.0, pts);
-    ASSERT_EQ(2, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 0.1, 0.2, 0.3);
-    ExpectPoint(pts.GetAt(1), 1.7, -2.9, 4.1);
+    ExpectPoints(pts, {Point3d(0.1, 0.2, 0.3), Point3d(1.7, -2.9, 4.1)});
 }
 
 TEST(LinePointSampleTest, NegativeStepLeavesTheArrayUntouched) {
     // NSamples(-0.7) is -5: the array refuses a negative size and nothing is written.
     Line l = GeneralLine();
     ASSERT_EQ(-5, l.NSamples(-0.7));
-    OvPnt3dArray pts;
-    FillMarker(pts, 3);
-    l.PointSample(-0.7, pts);
-    ExpectMarker(pts, 3);
+    ExpectSamplingLeavesMarkers(l, -0.7, 3);
 
     OvPnt3dArray empty;
     l.PointSample(-0.7, empty);
@@ -689,18 +688,13 @@ TEST(LinePointSampleTest, ByCountAccumulatesToTheEnd) {
     Line l = GeneralLine();
     OvPnt3dArray pts;
     l.PointSample(5, pts);
-    ASSERT_EQ(5, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 0.1, 0.2, 0.3);
-    ExpectPoint(pts.GetAt(1), 0.5, -0.575, 1.25);
-    ExpectPoint(pts.GetAt(2), 0.9, -1.35, 2.2);
-    ExpectPoint(pts.GetAt(3), 1.3, -2.125, 3.1500000000000004);
-    // Reached by accumulation, so not bit-equal to the end (1.7, -2.9, 4.1).
-    ExpectPoint(pts.GetAt(4), 1.7000000000000002, -2.9, 4.1000000000000005);
+    // The last is reached by accumulation, so not bit-equal to the end (1.7, -2.9, 4.1).
+    ExpectPoints(pts, {Point3d(0.1, 0.2, 0.3), Point3d(0.5, -0.575, 1.25), Point3d(0.9, -1.35, 2.2),
+                       Point3d(1.3, -2.125, 3.1500000000000004),
+                       Point3d(1.7000000000000002, -2.9, 4.1000000000000005)});
 
     l.PointSample(2, pts);
-    ASSERT_EQ(2, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 0.1, 0.2, 0.3);
-    ExpectPoint(pts.GetAt(1), 1.7000000000000002, -2.9, 4.1);
+    ExpectPoints(pts, {Point3d(0.1, 0.2, 0.3), Point3d(1.7000000000000002, -2.9, 4.1)});
 }
 
 TEST(LinePointSampleTest, CountOneLiesAQuarterFromTheStart) {
@@ -708,37 +702,23 @@ TEST(LinePointSampleTest, CountOneLiesAQuarterFromTheStart) {
     Line l(o, e);
     OvPnt3dArray pts;
     l.PointSample(1, pts);
-    ASSERT_EQ(1, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 1.0, 0.0, 0.0);
+    ExpectPoints(pts, {Point3d(1.0, 0.0, 0.0)});
 
     Line g = GeneralLine();
     g.PointSample(1, pts);
-    ASSERT_EQ(1, pts.GetSize());
-    ExpectPoint(pts.GetAt(0), 0.5, -0.575, 1.25);
+    ExpectPoints(pts, {Point3d(0.5, -0.575, 1.25)});
 }
 
 TEST(LinePointSampleTest, NonPositiveCountLeavesTheArrayUntouched) {
     Line l = GeneralLine();
-    OvPnt3dArray pts;
-    FillMarker(pts, 3);
-    l.PointSample(0, pts);
-    ExpectMarker(pts, 3);
-    l.PointSample(-4, pts);
-    ExpectMarker(pts, 3);
-    l.PointSample(INT_MIN, pts);
-    ExpectMarker(pts, 3);
+    for (int count : {0, -4, INT_MIN}) ExpectSamplingLeavesMarkers(l, count, 3);
 }
 
 // ---- Record ----
 
 TEST(LineRecordTest, SaveWritesTheTwoEndsAs48Bytes) {
     Line l = GeneralLine();
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    l.Save(f);
-    EXPECT_EQ(48L, std::ftell(f));
-    const std::vector<unsigned char> bytes = StreamBytes(f);
-    std::fclose(f);
+    const std::vector<unsigned char> bytes = SavedRecord(l, 48);
     ASSERT_EQ(48u, bytes.size());
 
     const double sx = 0.1, ex = 1.7;
@@ -751,13 +731,8 @@ TEST(LineRecordTest, SaveWritesTheTwoEndsAs48Bytes) {
 TEST(LineRecordTest, SaveWritesWhatTheVirtualGettersReport) {
     Point3d s(0.0, 0.0, 0.0), e(2.0, 0.0, 0.0);
     ShiftedEndsLine l(s, e);
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    l.Save(f);
-    const std::vector<unsigned char> bytes = StreamBytes(f);
-    std::fclose(f);
     const double all[6] = {-1.0, -2.0, -3.0, 5.0, 6.0, 7.0};
-    EXPECT_EQ(RecordOf(all), bytes);
+    EXPECT_EQ(RecordOf(all), SavedRecord(l, 48));
 }
 
 TEST(LineRecordTest, RoundTripIsBitExactButDropsTheExtent) {
@@ -773,14 +748,8 @@ TEST(LineRecordTest, RoundTripIsBitExactButDropsTheExtent) {
     src.SetPeriodic(5);
     ASSERT_EQ(Curve::Bounded, src.GetExtent());
 
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    src.Save(f);
-    std::rewind(f);
     Line dst;
-    dst.Load(f);
-    EXPECT_EQ(48L, std::ftell(f));
-    std::fclose(f);
+    ASSERT_NO_FATAL_FAILURE(SaveAndLoad(src, dst, 48));
 
     EXPECT_EQ(Bits(-0.0), Bits(dst.GetStartX()));
     EXPECT_EQ(Bits(1e-310), Bits(dst.GetStartY()));
@@ -820,29 +789,20 @@ TEST(LineRecordTest, TruncatedRecordLeavesUnreadCoordinatesZero) {
 
     // 30 bytes: the start and six bytes of end.x. The partly read end.x is
     // whatever fread left there; end.y and end.z were never reached.
-    FILE* f = StreamOf(record.data(), 30);
-    ASSERT_NE(nullptr, f);
     Line l(s, e);
-    l.Load(f);
-    std::fclose(f);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(l, record, 30));
     ExpectPoint(l.GetStart(), 0.1, 0.2, 0.3);
     EXPECT_SAME_DOUBLE(0.0, l.GetEndY());
     EXPECT_SAME_DOUBLE(0.0, l.GetEndZ());
 
     // 24 bytes: the whole end is unread.
-    f = StreamOf(record.data(), 24);
-    ASSERT_NE(nullptr, f);
     Line m(s, e);
-    m.Load(f);
-    std::fclose(f);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(m, record, 24));
     ExpectEnds(m, Point3d(0.1, 0.2, 0.3), Point3d(0.0, 0.0, 0.0));
 
     // An empty stream: both ends become the origin.
-    f = StreamOf(record.data(), 0);
-    ASSERT_NE(nullptr, f);
     Line n(s, e);
-    n.Load(f);
-    std::fclose(f);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(n, record, 0));
     ExpectEnds(n, Point3d(0.0, 0.0, 0.0), Point3d(0.0, 0.0, 0.0));
 }
 

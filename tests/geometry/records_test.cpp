@@ -60,9 +60,8 @@ constexpr long kCircleAt = kArcAt + 120;
 constexpr long kTriangleAt = kCircleAt + 72;
 constexpr long kTotal = kTriangleAt + 72;
 
-// One object of each class, every saved field away from the defaults and
-// holding a few awkward values (-0.0, subnormals, a NaN with a payload).
-struct Sources {
+// One object of each class, in the order of the sequence.
+struct OneOfEach {
     Curve curve;
     ImplicitCurve implicit;
     Line line;
@@ -70,6 +69,12 @@ struct Sources {
     Circle circle;
     Triangle triangle;
 
+    std::vector<Geometry*> All() { return {&curve, &implicit, &line, &arc, &circle, &triangle}; }
+};
+
+// Every saved field away from the defaults and holding a few awkward values
+// (-0.0, subnormals, a NaN with a payload).
+struct Sources : OneOfEach {
     Sources() {
         curve.SetStart(1.5, -2.25, 1e-310);
         curve.SetEnd(-0.0, 0.1, 6.02e23);
@@ -95,8 +100,7 @@ struct Sources {
     }
 
     void SaveAll(FILE* f, std::vector<long>* positions) {
-        Geometry* all[] = {&curve, &implicit, &line, &arc, &circle, &triangle};
-        for (Geometry* g : all) {
+        for (Geometry* g : All()) {
             g->Save(f);
             if (positions) positions->push_back(std::ftell(f));
         }
@@ -104,20 +108,24 @@ struct Sources {
 };
 
 // Fresh objects of the same classes, read in the same order.
-struct Targets {
-    Curve curve;
-    ImplicitCurve implicit;
-    Line line;
-    GArc arc;
-    Circle circle;
-    Triangle triangle;
-
+struct Targets : OneOfEach {
     void LoadAll(FILE* f, std::vector<long>* positions) {
-        Geometry* all[] = {&curve, &implicit, &line, &arc, &circle, &triangle};
-        for (Geometry* g : all) {
+        for (Geometry* g : All()) {
             g->Load(f);
             if (positions) positions->push_back(std::ftell(f));
         }
+    }
+
+    // Loads all from a stream holding only the first n bytes of a sequence;
+    // returns the stream position after each object.
+    std::vector<long> LoadFirst(const std::vector<unsigned char>& sequence, std::size_t n) {
+        std::vector<long> positions;
+        FILE* f = StreamOf(sequence, n);
+        EXPECT_NE(nullptr, f);
+        if (f == nullptr) return positions;
+        LoadAll(f, &positions);
+        std::fclose(f);
+        return positions;
     }
 };
 
@@ -255,31 +263,23 @@ TEST(Records, ReadBackInOrderRestoresEveryField) {
 
 TEST(Records, SavingTheReadObjectsAgainGivesTheSameBytes) {
     const std::vector<unsigned char> first = SavedSequence();
-    FILE* f = StreamOf(first, first.size());
     Targets dst;
-    dst.LoadAll(f, nullptr);
-    std::fclose(f);
+    dst.LoadFirst(first, first.size());
 
     FILE* g = std::tmpfile();
     ASSERT_NE(nullptr, g);
-    Geometry* all[] = {&dst.curve, &dst.implicit, &dst.line, &dst.arc, &dst.circle, &dst.triangle};
-    for (Geometry* p : all) p->Save(g);
+    for (Geometry* p : dst.All()) p->Save(g);
     const std::vector<unsigned char> second = StreamBytes(g);
     std::fclose(g);
     EXPECT_EQ(first, second);
 }
 
 TEST(Records, StreamCutAtARecordBoundary) {
-    const std::vector<unsigned char> bytes = SavedSequence();
-    FILE* f = StreamOf(bytes, kCircleAt);  // Curve, Line and GArc only
     Sources src;
     Targets dst;
     const Targets fresh;
-    std::vector<long> positions;
-    dst.LoadAll(f, &positions);
-    std::fclose(f);
     const std::vector<long> expected = {60, 60, 108, 228, 228, 228};
-    EXPECT_EQ(expected, positions);
+    EXPECT_EQ(expected, dst.LoadFirst(SavedSequence(), kCircleAt));  // Curve, Line and GArc only
 
     EXPECT_EQ(1, dst.curve == src.curve);
     ExpectSameXyz(src.line.GetEndPoint(), dst.line.GetEndPoint());
@@ -291,14 +291,11 @@ TEST(Records, StreamCutAtARecordBoundary) {
 }
 
 TEST(Records, StreamCutInsideACircleRecord) {
-    const std::vector<unsigned char> bytes = SavedSequence();
-    // The circle's center and the low six bytes of its size.x.
-    FILE* f = StreamOf(bytes, kCircleAt + 30);
     Sources src;
     Targets dst;
     dst.triangle.Set(Point3d(11, 12, 13), Point3d(21, 22, 23), Point3d(31, 32, 33));
-    dst.LoadAll(f, nullptr);
-    std::fclose(f);
+    // The circle's center and the low six bytes of its size.x.
+    dst.LoadFirst(SavedSequence(), kCircleAt + 30);
 
     ExpectArcFields(src.arc, dst.arc);
     ExpectSameXyz(src.circle.GetCenter(), dst.circle.GetCenter());
@@ -312,20 +309,15 @@ TEST(Records, StreamCutInsideACircleRecord) {
 }
 
 TEST(Records, StreamCutInsideALineRecord) {
-    const std::vector<unsigned char> bytes = SavedSequence();
-    // The line's start and the low six bytes of its end's x. A Line reads
-    // into zeroed temporaries and then sets both ends, so what was not read
-    // is 0.0, not the old coordinate.
-    FILE* f = StreamOf(bytes, kLineAt + 30);
     Sources src;
     Targets dst;
     dst.line.SetStart(7.0, 7.0, 7.0);
     dst.line.SetEnd(8.0, 8.0, 8.0);
-    std::vector<long> positions;
-    dst.LoadAll(f, &positions);
-    std::fclose(f);
+    // The line's start and the low six bytes of its end's x. A Line reads
+    // into zeroed temporaries and then sets both ends, so what was not read
+    // is 0.0, not the old coordinate.
     const std::vector<long> expected = {60, 60, 90, 90, 90, 90};
-    EXPECT_EQ(expected, positions);
+    EXPECT_EQ(expected, dst.LoadFirst(SavedSequence(), kLineAt + 30));
 
     EXPECT_EQ(1, dst.curve == src.curve);
     ExpectSameXyz(src.line.GetStartPoint(), dst.line.GetStartPoint());

@@ -16,6 +16,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "geometry/geometry_checks.h"
 #include "selvora/selvora.h"
 #include "support/exact.h"
 #include "support/streams.h"
@@ -23,11 +24,14 @@
 namespace {
 
 using selvora_test::DoubleAt;
+using selvora_test::ExpectCopyIs;
+using selvora_test::ExpectEqualToItselfOnly;
 using selvora_test::ExpectPoint;
 using selvora_test::ExpectSamePoint;
 using selvora_test::FromBits;
-using selvora_test::StreamBytes;
-using selvora_test::StreamOf;
+using selvora_test::LoadFirst;
+using selvora_test::SaveAndLoad;
+using selvora_test::SavedRecord;
 
 using selvora_test::Bits;
 
@@ -221,9 +225,7 @@ TEST(Triangle, TransformByIdentityKeepsVerticesBitForBit) {
 TEST(Triangle, EqualWithItselfEvenWithNaN) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     Triangle t(Point3d(nan, 0, 0), kB, kC);
-    EXPECT_EQ(1, t == t);
-    Triangle copy(t);
-    EXPECT_EQ(0, t == copy);  // NaN is not within any tolerance of anything
+    ExpectEqualToItselfOnly(t);
 }
 
 TEST(Triangle, EqualityToleratesSmallDifferences) {
@@ -330,32 +332,18 @@ TEST(Triangle, CopyYieldsPlainGeometryWithTheName) {
     EXPECT_EQ(1, g->isA("GTriangle"));
 
     // It holds no vertices: its record is empty.
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    g->Save(f);
-    EXPECT_EQ(0L, std::ftell(f));
-    std::fclose(f);
+    EXPECT_TRUE(SavedRecord(*g, 0).empty());
     delete g;
 
-    // Through a Geometry pointer the result is the same.
-    Geometry* base = &t;
-    Geometry* h = base->copy();
-    ASSERT_NE(nullptr, h);
-    EXPECT_TRUE(typeid(*h) == typeid(Geometry));
-    EXPECT_STREQ("GTriangle", h->className());
-    delete h;
+    // Through a Geometry reference the result is the same.
+    ExpectCopyIs<Geometry>(t, "GTriangle");
 }
 
 // ---- Record ----
 
 TEST(Triangle, SaveWritesTheThreeVerticesIn72Bytes) {
     Triangle t(Point3d(1.5, -2.0, 0.1), Point3d(-0.0, 1e-310, 3.0), Point3d(7.0, -8.5, 1e300));
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    t.Save(f);
-    EXPECT_EQ(72L, std::ftell(f));
-    const std::vector<unsigned char> bytes = StreamBytes(f);
-    std::fclose(f);
+    const std::vector<unsigned char> bytes = SavedRecord(t, 72);
     ASSERT_EQ(72u, bytes.size());
 
     // 1.5 is 0x3FF8000000000000, stored little-endian.
@@ -374,14 +362,8 @@ TEST(Triangle, SaveThenLoadRestoresVerticesBitForBit) {
     const double inf = std::numeric_limits<double>::infinity();
     Triangle t(Point3d(nan, -0.0, 4.9e-324), Point3d(-inf, 0.1, -1e-300),
                Point3d(3.0, 1.7976931348623157e308, -2.5));
-    FILE* f = std::tmpfile();
-    ASSERT_NE(nullptr, f);
-    t.Save(f);
-    std::rewind(f);
     Triangle u;
-    u.Load(f);
-    EXPECT_EQ(72L, std::ftell(f));
-    std::fclose(f);
+    ASSERT_NO_FATAL_FAILURE(SaveAndLoad(t, u, 72));
     EXPECT_EQ(0x7FF800000000BEEFull, Bits(u.GetPointN(0).x));
     for (int n = 0; n < 3; ++n) ExpectSamePoint(t.GetPointN(n), u.GetPointN(n));
     EXPECT_STREQ("GTriangle", u.className());
@@ -407,44 +389,28 @@ TEST(Triangle, RecordsFollowOneAnotherInAStream) {
 
 TEST(Triangle, ShortReadKeepsWhatItDidNotReach) {
     Triangle src(Point3d(1.5, -2.0, 0.1), Point3d(-0.0, 1e-310, 3.3), Point3d(7.0, -8.5, 1e300));
-    FILE* full = std::tmpfile();
-    ASSERT_NE(nullptr, full);
-    src.Save(full);
-    const std::vector<unsigned char> bytes = StreamBytes(full);
-    std::fclose(full);
+    const std::vector<unsigned char> bytes = SavedRecord(src, 72);
     ASSERT_EQ(72u, bytes.size());
 
     const Point3d old0(11.0, 12.0, 13.0), old1(21.0, 22.0, 23.1), old2(31.0, 32.0, 33.0);
 
     // 48 bytes: vertices 0 and 1 read, vertex 2 untouched.
-    {
-        FILE* f = StreamOf(std::vector<unsigned char>(bytes.begin(), bytes.begin() + 48));
-        Triangle t(old0, old1, old2);
-        t.Load(f);
-        std::fclose(f);
-        ExpectVertices(t, src.GetPointN(0), src.GetPointN(1), old2);
-    }
+    Triangle t48(old0, old1, old2);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(t48, bytes, 48));
+    ExpectVertices(t48, src.GetPointN(0), src.GetPointN(1), old2);
     // 44 bytes: vertex 1 is read only partly, its z gets the record's low four
     // bytes and keeps its own high four.
-    {
-        FILE* f = StreamOf(std::vector<unsigned char>(bytes.begin(), bytes.begin() + 44));
-        Triangle t(old0, old1, old2);
-        t.Load(f);
-        std::fclose(f);
-        const double z =
-            FromBits((Bits(old1.z) & 0xFFFFFFFF00000000ull) | (Bits(3.3) & 0x00000000FFFFFFFFull));
-        ASSERT_NE(Bits(23.1), Bits(z));
-        ASSERT_NE(Bits(3.3), Bits(z));
-        ExpectVertices(t, src.GetPointN(0), Point3d(-0.0, 1e-310, z), old2);
-    }
+    Triangle t44(old0, old1, old2);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(t44, bytes, 44));
+    const double z =
+        FromBits((Bits(old1.z) & 0xFFFFFFFF00000000ull) | (Bits(3.3) & 0x00000000FFFFFFFFull));
+    ASSERT_NE(Bits(23.1), Bits(z));
+    ASSERT_NE(Bits(3.3), Bits(z));
+    ExpectVertices(t44, src.GetPointN(0), Point3d(-0.0, 1e-310, z), old2);
     // An empty stream changes nothing.
-    {
-        FILE* f = StreamOf({});
-        Triangle t(old0, old1, old2);
-        t.Load(f);
-        std::fclose(f);
-        ExpectVertices(t, old0, old1, old2);
-    }
+    Triangle t0(old0, old1, old2);
+    ASSERT_NO_FATAL_FAILURE(LoadFirst(t0, bytes, 0));
+    ExpectVertices(t0, old0, old1, old2);
 }
 
 TEST(Triangle, NullStreamIsIgnored) {

@@ -39,6 +39,27 @@ struct Header {
     std::uint32_t importantColours = 0;
 };
 
+// The header of a width x height 24-bit file, the pixel data right after it.
+Header Header24(std::int32_t width, std::int32_t height) {
+    Header h;
+    h.width = width;
+    h.height = height;
+    return h;
+}
+
+// The header of a width x height file of `bits` per pixel whose palette of
+// coloursUsed entries (0: all 2^bits) follows the headers, the pixel data
+// right after the palette.
+Header IndexedHeader(std::uint16_t bits, std::int32_t width, std::int32_t height,
+                     std::uint32_t coloursUsed) {
+    Header h = Header24(width, height);
+    h.bits = bits;
+    h.coloursUsed = coloursUsed;
+    const std::uint32_t entries = coloursUsed != 0 ? coloursUsed : 1u << bits;
+    h.offset = 54 + 4 * entries;
+    return h;
+}
+
 void Put16(Bytes& b, std::uint16_t v) {
     b.push_back(static_cast<unsigned char>(v & 0xFF));
     b.push_back(static_cast<unsigned char>(v >> 8));
@@ -146,9 +167,7 @@ using BmpImage = BmpTest;
 
 // A 2 x 2 24-bit file: rows of 6 bytes padded to 8, bottom row first.
 Bytes TwoByTwo24() {
-    Header h;
-    h.width = 2;
-    h.height = 2;
+    Header h = Header24(2, 2);
     return File(h, {1, 2, 3, 4, 5, 6, 0xEE, 0xEE,  // bottom row, B G R per pixel, 2 padding
                     7, 8, 9, 10, 11, 12, 0xEE, 0xEE});
 }
@@ -157,9 +176,7 @@ const Bytes kTwoByTwoPixels = {3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10};
 
 // A 3 x 1 24-bit file: 9 bytes of pixels and 3 of padding.
 Bytes ThreeByOne24() {
-    Header h;
-    h.width = 3;
-    h.height = 1;
+    Header h = Header24(3, 1);
     return File(h, {10, 20, 30, 40, 50, 60, 70, 80, 90, 0, 0, 0});
 }
 
@@ -179,12 +196,7 @@ TEST_F(BmpReader, TwoByTwo24BitRowsArePaddedToEightBytes) {
 }
 
 TEST_F(BmpReader, OneBitNinePixelsWideUsesTwoDataAndTwoPaddingBytesPerRow) {
-    Header h;
-    h.bits = 1;
-    h.width = 9;
-    h.height = 2;
-    h.coloursUsed = 2;
-    h.offset = 54 + 8;
+    Header h = IndexedHeader(1, 9, 2, 2);
     const Bytes palette = Cat({Entry(30, 20, 10, 99), Entry(60, 50, 40, 99)});
     // Bottom row: bits 1 0 1 1 0 0 1 0 | 1 (the rest of the byte is unused), then padding.
     // Top row:    bits 0 1 0 0 1 1 0 1 | 0.
@@ -206,11 +218,7 @@ TEST_F(BmpReader, OneBitNinePixelsWideUsesTwoDataAndTwoPaddingBytesPerRow) {
 }
 
 TEST_F(BmpReader, FourBitIndicesTakeTheHighNibbleFirst) {
-    Header h;
-    h.bits = 4;
-    h.width = 3;
-    h.height = 1;
-    h.offset = 54 + 64;  // colours used 0: 16 entries
+    Header h = IndexedHeader(4, 3, 1, 0);  // colours used 0: 16 entries
     Bytes palette;
     for (int i = 0; i < 16; ++i) {
         const Bytes e = Entry(static_cast<unsigned char>(i), static_cast<unsigned char>(16 * i),
@@ -224,12 +232,7 @@ TEST_F(BmpReader, FourBitIndicesTakeTheHighNibbleFirst) {
 }
 
 TEST_F(BmpReader, EightBitWithColoursUsedZeroReadsAll256Entries) {
-    Header h;
-    h.bits = 8;
-    h.width = 4;
-    h.height = 1;
-    h.coloursUsed = 0;
-    h.offset = 54 + 1024;
+    Header h = IndexedHeader(8, 4, 1, 0);
     Bytes palette;
     for (int i = 0; i < 256; ++i) {
         const Bytes e =
@@ -254,11 +257,7 @@ TEST_F(BmpReader, EightBitWithColoursUsedZeroReadsAll256Entries) {
 }
 
 TEST_F(BmpReader, FourBitFileWithOffsetBeforeThePaletteEndFails) {
-    Header h;
-    h.bits = 4;
-    h.width = 8;
-    h.height = 1;
-    h.coloursUsed = 0;  // 16 entries: 64 bytes, palette ends at 118
+    Header h = IndexedHeader(4, 8, 1, 0);  // 16 entries: 64 bytes, palette ends at 118
     Bytes palette(64, 0x40);
     const Bytes rows = {0x01, 0x23, 0x45, 0x67};
     h.offset = 117;
@@ -274,9 +273,7 @@ TEST_F(BmpReader, FourBitFileWithOffsetBeforeThePaletteEndFails) {
 TEST_F(BmpReader, Truncated24BitRowWithoutPaddingStillLoads) {
     // Width 4: 12 bytes per row, no padding. The top row stops after 7 bytes:
     // pixels 0 and 1 are read, pixel 2 gets one of its three bytes.
-    Header h;
-    h.width = 4;
-    h.height = 2;
+    Header h = Header24(4, 2);
     const Bytes bottom = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     const Bytes top = {13, 14, 15, 16, 17, 18, 19};
     CImage image;
@@ -289,9 +286,7 @@ TEST_F(BmpReader, Truncated24BitRowWithoutPaddingStillLoads) {
 }
 
 TEST_F(BmpReader, Truncated24BitFileCutInItsFirstRowLoadsWithLaterRowsUnwritten) {
-    Header h;
-    h.width = 4;
-    h.height = 3;
+    Header h = Header24(4, 3);
     CImage image;
     ASSERT_EQ(Load(image, File(h, {1, 2, 3, 4, 5})), 1);
     Bytes expected(36, 0);
@@ -313,9 +308,7 @@ TEST_F(BmpReader, Truncated24BitRowThatNeedsPaddingFails) {
 TEST_F(BmpReader, PixelDataOffsetPastTheEndIsNotAFailureByItself) {
     // Skipping to the pixel data is not checked. With rows that need no
     // padding every pixel is then left unwritten; with padding the load fails.
-    Header h;
-    h.width = 4;
-    h.height = 2;
+    Header h = Header24(4, 2);
     h.offset = 1000;
     CImage image;
     ASSERT_EQ(Load(image, File(h, {})), 1);
@@ -326,9 +319,7 @@ TEST_F(BmpReader, PixelDataOffsetPastTheEndIsNotAFailureByItself) {
 }
 
 TEST_F(BmpReader, RowsPastTheEndOfTheFileStayUnwritten) {
-    Header h;
-    h.width = 4;
-    h.height = 5000;
+    Header h = Header24(4, 5000);
     CImage image;
     ASSERT_EQ(Load(image, File(h, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})), 1);
     ASSERT_EQ(image.GetHeight(), 5000);
@@ -351,9 +342,7 @@ Bytes Noise(std::size_t n, std::uint32_t seed) {
 TEST_F(BmpReader, VeryWideRowsAreReadWhole) {
     // Rows of several hundred kilobytes, 24-bit with and without padding.
     for (std::int32_t width : {100000, 100001}) {
-        Header h;
-        h.width = width;
-        h.height = 3;
+        Header h = Header24(width, 3);
         const std::size_t rowBytes = static_cast<std::size_t>(width) * 3;
         const std::size_t padding = (4 - rowBytes % 4) % 4;
         const Bytes data = Noise(rowBytes * 3, 7);
@@ -385,13 +374,9 @@ TEST_F(BmpReader, VeryWideRowsAreReadWhole) {
 
 TEST_F(BmpReader, VeryWideIndexedRowsAreReadWhole) {
     for (std::uint16_t bits : {1, 4, 8}) {
-        Header h;
-        h.bits = bits;
-        h.width = 8 * 300001 / bits + 1;  // 300002 data bytes per row, then 2 padding
-        h.height = 2;
-        h.coloursUsed = 0;
+        // 300002 data bytes per row, then 2 padding.
+        const Header h = IndexedHeader(bits, 8 * 300001 / bits + 1, 2, 0);
         const std::uint32_t entries = 1u << bits;
-        h.offset = 54 + 4 * entries;
         const Bytes palette = Noise(4 * entries, bits);
         const std::size_t dataBytes = 300002;
         const Bytes data = Noise(dataBytes * 2, 99);
@@ -419,9 +404,7 @@ TEST_F(BmpReader, VeryWideIndexedRowsAreReadWhole) {
 }
 
 TEST_F(BmpReader, BytesBetweenHeaderAndPixelDataAreSkipped) {
-    Header h;
-    h.width = 3;
-    h.height = 1;
+    Header h = Header24(3, 1);
     h.offset = 54 + 5;
     CImage image;
     ASSERT_EQ(Load(image,
@@ -429,11 +412,7 @@ TEST_F(BmpReader, BytesBetweenHeaderAndPixelDataAreSkipped) {
               1);
     EXPECT_EQ(Pixels(image), kThreeByOnePixels);
 
-    Header p;
-    p.bits = 8;
-    p.width = 2;
-    p.height = 1;
-    p.coloursUsed = 2;
+    Header p = IndexedHeader(8, 2, 1, 2);
     p.offset = 54 + 8 + 3;
     CImage indexed;
     ASSERT_EQ(
@@ -442,12 +421,7 @@ TEST_F(BmpReader, BytesBetweenHeaderAndPixelDataAreSkipped) {
 }
 
 TEST_F(BmpReader, IndexedPixelDataCutShortFails) {
-    Header h;
-    h.bits = 8;
-    h.width = 4;  // 4 bytes per row, no padding
-    h.height = 2;
-    h.coloursUsed = 2;
-    h.offset = 54 + 8;
+    Header h = IndexedHeader(8, 4, 2, 2);  // 4 bytes per row, no padding
     const Bytes file = File(h, Cat({Entry(1, 2, 3), Entry(4, 5, 6), {0, 1, 0, 1, 1, 0, 1, 0}}));
     {
         CImage image;
@@ -462,32 +436,17 @@ TEST_F(BmpReader, IndexedPixelDataCutShortFails) {
 TEST_F(BmpReader, PaletteIndexBeyondColoursUsedGivesBlack) {
     // Only the entries the file supplies have colours; any other index reads
     // as black and never outside the palette.
-    Header h;
-    h.bits = 8;
-    h.width = 4;
-    h.height = 1;
-    h.coloursUsed = 2;
-    h.offset = 54 + 8;
+    Header h = IndexedHeader(8, 4, 1, 2);
     CImage image;
     ASSERT_EQ(Load(image, File(h, Cat({Entry(11, 12, 13), Entry(21, 22, 23), {1, 2, 255, 0}}))), 1);
     EXPECT_EQ(Pixels(image), (Bytes{21, 22, 23, 0, 0, 0, 0, 0, 0, 11, 12, 13}));
 
-    Header one;
-    one.bits = 1;
-    one.width = 2;
-    one.height = 1;
-    one.coloursUsed = 1;
-    one.offset = 54 + 4;
+    Header one = IndexedHeader(1, 2, 1, 1);
     CImage single;
     ASSERT_EQ(Load(single, File(one, Cat({Entry(64, 64, 255), {0x40, 0, 0, 0}}))), 1);
     EXPECT_EQ(Pixels(single), (Bytes{64, 64, 255, 0, 0, 0}));
 
-    Header four;
-    four.bits = 4;
-    four.width = 2;
-    four.height = 1;
-    four.coloursUsed = 3;
-    four.offset = 54 + 12;
+    Header four = IndexedHeader(4, 2, 1, 3);
     CImage nibbles;
     ASSERT_EQ(
         Load(nibbles,
@@ -497,12 +456,7 @@ TEST_F(BmpReader, PaletteIndexBeyondColoursUsedGivesBlack) {
 }
 
 TEST_F(BmpReader, ColoursUsedBeyondTheIndexRangeAreReadAndDropped) {
-    Header h;
-    h.bits = 8;
-    h.width = 3;
-    h.height = 1;
-    h.coloursUsed = 300;
-    h.offset = 54 + 1200;
+    Header h = IndexedHeader(8, 3, 1, 300);
     Bytes palette;
     for (int i = 0; i < 300; ++i) {
         const Bytes e =
@@ -540,9 +494,7 @@ TEST_F(BmpReader, HugeColoursUsedIsRefused) {
 }
 
 TEST_F(BmpReader, SixteenAndThirtyTwoBitFilesAreRefused) {
-    Header h;
-    h.width = 2;
-    h.height = 2;
+    Header h = Header24(2, 2);
     h.bits = 16;
     ExpectRefused(File(h, Bytes(8, 0x21)), "16 bits");
     h.bits = 32;
@@ -553,12 +505,7 @@ TEST_F(BmpReader, SixteenAndThirtyTwoBitFilesAreRefused) {
 
 TEST_F(BmpReader, OtherDepthsAreRefused) {
     for (std::uint16_t bits : {0, 2, 3, 7, 9, 23, 25, 48, 64, 30000, 65535}) {
-        Header h;
-        h.width = 2;
-        h.height = 2;
-        h.bits = bits;
-        h.coloursUsed = 2;
-        h.offset = 54 + 8;
+        Header h = IndexedHeader(bits, 2, 2, 2);
         ExpectRefused(File(h, Bytes(4096, 0)), ("bits " + std::to_string(bits)).c_str());
     }
 }
@@ -570,12 +517,7 @@ TEST_F(BmpReader, CompressedFilesAreRefused) {
         file[33] = static_cast<unsigned char>(compression >> 24);
         ExpectRefused(file, ("compression " + std::to_string(compression)).c_str());
     }
-    Header h;
-    h.bits = 8;
-    h.width = 4;
-    h.height = 1;
-    h.coloursUsed = 1;
-    h.offset = 58;
+    Header h = IndexedHeader(8, 4, 1, 1);
     h.compression = 1;  // run-length encoded
     ExpectRefused(File(h, Cat({Entry(1, 2, 3), {0, 0, 0, 0}})), "8-bit run-length");
 }
@@ -676,9 +618,7 @@ TEST_F(BmpReader, LongInformationHeaderRunningPastTheDataOffsetIsRefused) {
 }
 
 TEST_F(BmpReader, OtherHeaderFieldsAreNotLookedAt) {
-    Header h;
-    h.width = 3;
-    h.height = 1;
+    Header h = Header24(3, 1);
     h.fileSize = 0xDEADBEEF;
     h.reserved1 = 0x1234;
     h.reserved2 = 0xFFFF;
@@ -717,9 +657,7 @@ TEST_F(BmpReader, TopDown24BitFileEqualsItsBottomUpEquivalent) {
     const Bytes r0 = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};  // bottom row of the picture
     const Bytes r1 = {11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0};
     const Bytes r2 = {21, 22, 23, 24, 25, 26, 27, 28, 29, 0, 0, 0};  // top row
-    Header h;
-    h.width = 3;
-    h.height = 3;
+    Header h = Header24(3, 3);
     CImage bottomUp;
     ASSERT_EQ(Load(bottomUp, File(h, Cat({r0, r1, r2})), "up.bmp"), 1);
     h.height = -3;
@@ -734,12 +672,7 @@ TEST_F(BmpReader, TopDown24BitFileEqualsItsBottomUpEquivalent) {
 
 TEST_F(BmpReader, TopDownIndexedFilesEqualTheirBottomUpEquivalents) {
     for (std::uint16_t bits : {1, 4, 8}) {
-        Header h;
-        h.bits = bits;
-        h.width = 5;
-        h.height = 2;
-        h.coloursUsed = 2;
-        h.offset = 54 + 8;
+        Header h = IndexedHeader(bits, 5, 2, 2);
         const Bytes palette = Cat({Entry(200, 100, 50), Entry(1, 2, 3)});
         Bytes bottom, top;
         if (bits == 1) {
@@ -766,18 +699,14 @@ TEST_F(BmpReader, TopDownIndexedFilesEqualTheirBottomUpEquivalents) {
 }
 
 TEST_F(BmpReader, MostNegativeHeightIsRefused) {
-    Header h;
-    h.width = 1;
-    h.height = INT32_MIN;
+    Header h = Header24(1, INT32_MIN);
     ExpectRefused(File(h, Bytes(16, 0)), "height INT32_MIN");
 }
 
 TEST_F(BmpReader, HugeDimensionsAreRefusedWithoutAllocating) {
     // 100000 x 100000 x 3 bytes: rows need no padding, so without the size
     // limit such a file would load with every pixel unwritten.
-    Header h;
-    h.width = 100000;
-    h.height = 100000;
+    Header h = Header24(100000, 100000);
     ExpectRefused(File(h, Bytes(600, 0)), "100000 x 100000");
     h.height = -100000;
     ExpectRefused(File(h, Bytes(600, 0)), "100000 x -100000");
@@ -792,11 +721,7 @@ TEST_F(BmpReader, HugeDimensionsAreRefusedWithoutAllocating) {
     h.width = 1;
     h.height = 715827883;
     ExpectRefused(File(h, Bytes(600, 0)), "1 x 715827883");
-    h.bits = 8;
-    h.width = 46341;
-    h.height = 46341;
-    h.coloursUsed = 1;
-    h.offset = 58;
+    h = IndexedHeader(8, 46341, 46341, 1);
     ExpectRefused(File(h, Bytes(600, 0)), "8-bit 46341 x 46341");
 }
 

@@ -242,28 +242,36 @@ void ExpectRefusedOrSound(CImage& image, int loaded, const Header& h) {
     (void)sum;
 }
 
+// A corpus file ("g/pal8.bmp") as Load leaves it, with the header the file holds.
+struct LoadedFile {
+    explicit LoadedFile(const std::string& name)
+        : h(ReadHeader(kSuiteDir / name)),
+          loaded(image.Load((kSuiteDir / name).string().c_str())) {}
+
+    const Header h;
+    CImage image;
+    const int loaded;
+};
+
 class BmpSuiteFile : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(BmpSuiteFile, LoadsAndMatchesItsReferenceOrIsRefused) {
     const std::string& name = GetParam();
-    const fs::path path = kSuiteDir / name;
-    const Header h = ReadHeader(path);
-    CImage image;
-    const int loaded = image.Load(path.string().c_str());
+    LoadedFile file(name);
 
-    if (!Supported(h)) {
-        if (RefusedByHeader(h)) {
-            EXPECT_EQ(loaded, 0);
+    if (!Supported(file.h)) {
+        if (RefusedByHeader(file.h)) {
+            EXPECT_EQ(file.loaded, 0);
         }
-        ExpectRefusedOrSound(image, loaded, h);
+        ExpectRefusedOrSound(file.image, file.loaded, file.h);
         return;
     }
 
     const auto ref = References().find(name);
     ASSERT_NE(ref, References().end()) << "no reference rendering listed for " << name;
-    ASSERT_EQ(loaded, 1);
-    ExpectRefusedOrSound(image, loaded, h);
-    if (!ref->second.empty()) ExpectSamePixels(image, ref->second);
+    ASSERT_EQ(file.loaded, 1);
+    ExpectRefusedOrSound(file.image, file.loaded, file.h);
+    if (!ref->second.empty()) ExpectSamePixels(file.image, ref->second);
 }
 
 INSTANTIATE_TEST_SUITE_P(BmpSuite, BmpSuiteFile, ::testing::ValuesIn(FilesIn({"g", "q"})),
@@ -273,16 +281,15 @@ class BmpSuiteBadFile : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(BmpSuiteBadFile, IsRefusedOrLoadsSoundly) {
     const std::string& name = GetParam();
-    const fs::path path = kSuiteDir / name;
-    const Header h = ReadHeader(path);
-    CImage image;
-    const int loaded = image.Load(path.string().c_str());
-    ExpectRefusedOrSound(image, loaded, h);
+    LoadedFile file(name);
+    ExpectRefusedOrSound(file.image, file.loaded, file.h);
 
     const auto outcome = BadOutcomes().find(name);
     ASSERT_NE(outcome, BadOutcomes().end()) << "no outcome listed for " << name;
-    EXPECT_EQ(loaded, outcome->second.loads ? 1 : 0);
-    if (loaded && outcome->second.reference) ExpectSamePixels(image, outcome->second.reference);
+    EXPECT_EQ(file.loaded, outcome->second.loads ? 1 : 0);
+    if (file.loaded && outcome->second.reference) {
+        ExpectSamePixels(file.image, outcome->second.reference);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(BmpSuite, BmpSuiteBadFile, ::testing::ValuesIn(FilesIn({"b"})), TestName);

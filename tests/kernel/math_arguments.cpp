@@ -130,6 +130,33 @@ std::vector<double> HardArguments(MathFunction f, const std::vector<HardCase>& h
 
 bool NearMultipleKind(const std::string& kind) { return kind == "multiple" || kind == "reduction"; }
 
+// A family drawn as a random sign times a double from the binades 2^emin to
+// 2^emax.
+struct BinadeFamily {
+    const char* name;
+    int emin, emax;
+};
+
+const BinadeFamily kSinCosBinades[] = {
+    {"tiny", -1074, -27}, {"small", -26, 1}, {"medium", 2, 19}, {"large", 20, 1023}};
+const BinadeFamily kAcosBinades[] = {{"near_zero", -1074, -11}, {"middle", -10, -1}};
+const BinadeFamily kAtanBinades[] = {
+    {"tiny", -1074, -27}, {"small", -26, -1}, {"medium", 0, 25}, {"huge", 26, 1023}};
+
+// Draws *x when `name` is one of these families; false, drawing nothing, when
+// it is not.
+template <std::size_t N>
+bool DrawFromBinades(const BinadeFamily (&families)[N], const std::string& name, SplitMix64& rng,
+                     double* x) {
+    for (const BinadeFamily& family : families) {
+        if (name == family.name) {
+            *x = WithRandomSign(rng, RandomInBinades(rng, family.emin, family.emax));
+            return true;
+        }
+    }
+    return false;
+}
+
 // One argument of the family `name` (without its function's prefix).
 MathArgs Draw(MathFunction f, const std::string& name, SplitMix64& rng,
               const std::vector<double>& centres) {
@@ -137,45 +164,26 @@ MathArgs Draw(MathFunction f, const std::string& name, SplitMix64& rng,
     double& x = a.x;
     double& y = a.y;
     if (f == MathFunction::kSin || f == MathFunction::kCos) {
-        if (name == "tiny") {
-            x = WithRandomSign(rng, RandomInBinades(rng, -1074, -27));
-        } else if (name == "small") {
-            x = WithRandomSign(rng, RandomInBinades(rng, -26, 1));
-        } else if (name == "medium") {
-            x = WithRandomSign(rng, RandomInBinades(rng, 2, 19));
-        } else if (name == "large") {
-            x = WithRandomSign(rng, RandomInBinades(rng, 20, 1023));
-        } else if (name == "near_pi_multiples") {
+        if (name == "near_pi_multiples") {
             const double centre = centres[rng.Below(centres.size())];
             x = WithRandomSign(rng, Neighbour(centre, RandomOffset(rng, 40)));
-        } else {  // bits
+        } else if (!DrawFromBinades(kSinCosBinades, name, rng, &x)) {  // bits
             x = RandomFiniteBits(rng);
         }
     } else if (f == MathFunction::kAcos) {
-        if (name == "near_zero") {
-            x = WithRandomSign(rng, RandomInBinades(rng, -1074, -11));
-        } else if (name == "middle") {
-            x = WithRandomSign(rng, RandomInBinades(rng, -10, -1));
-        } else if (name == "near_one") {
+        if (name == "near_one") {
             // 1 - j 2^-53 is exact for 1 <= j <= 2^52 (the spacing in [1/2, 1)).
             const int r = rng.Between(0, 52);
             const std::uint64_t j = 1 + rng.Below(std::uint64_t{1} << r);
             x = WithRandomSign(rng, 1.0 - static_cast<double>(j) * 0x1p-53);
         } else if (name == "outside") {
             x = WithRandomSign(rng, Neighbour(RandomInBinades(rng, 0, 1023), 1));
-        } else {  // bits: any double of magnitude below 1
+        } else if (!DrawFromBinades(kAcosBinades, name, rng, &x)) {
+            // bits: any double of magnitude below 1
             x = WithRandomSign(rng, DoubleFromBits(rng.Next() & 0x3fefffffffffffffull));
         }
     } else if (f == MathFunction::kAtan) {
-        if (name == "tiny") {
-            x = WithRandomSign(rng, RandomInBinades(rng, -1074, -27));
-        } else if (name == "small") {
-            x = WithRandomSign(rng, RandomInBinades(rng, -26, -1));
-        } else if (name == "medium") {
-            x = WithRandomSign(rng, RandomInBinades(rng, 0, 25));
-        } else if (name == "huge") {
-            x = WithRandomSign(rng, RandomInBinades(rng, 26, 1023));
-        } else {  // bits
+        if (!DrawFromBinades(kAtanBinades, name, rng, &x)) {  // bits
             x = RandomFiniteBits(rng);
         }
     } else {  // atan2

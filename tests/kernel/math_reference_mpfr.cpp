@@ -4,6 +4,23 @@
 
 namespace selvora_test {
 
+namespace {
+
+// MPFR's functions of one argument, for the MathFunction they check.
+struct OneArgument {
+    MathFunction function;
+    double (MpfrDoubles::*value)(double);
+};
+
+const OneArgument kOneArgument[] = {
+    {MathFunction::kSin, &MpfrDoubles::Sin},
+    {MathFunction::kCos, &MpfrDoubles::Cos},
+    {MathFunction::kAcos, &MpfrDoubles::Acos},
+    {MathFunction::kAtan, &MpfrDoubles::Atan},
+};
+
+}  // namespace
+
 bool ReferenceConstants(RoundedConstants* constants, std::string*) {
     MpfrDoubles mpfr;
     constants->pi = mpfr.Pi();
@@ -18,24 +35,13 @@ bool ReferenceValues(const MathFamily& family, const std::vector<MathArgs>& args
     MpfrDoubles mpfr;
     values->clear();
     values->reserve(args.size());
-    for (const MathArgs& a : args) {
-        switch (family.function) {
-            case MathFunction::kSin:
-                values->push_back(mpfr.Sin(a.x));
-                break;
-            case MathFunction::kCos:
-                values->push_back(mpfr.Cos(a.x));
-                break;
-            case MathFunction::kAcos:
-                values->push_back(mpfr.Acos(a.x));
-                break;
-            case MathFunction::kAtan:
-                values->push_back(mpfr.Atan(a.x));
-                break;
-            case MathFunction::kAtan2:
-                values->push_back(mpfr.Atan2(a.y, a.x));
-                break;
-        }
+    if (family.function == MathFunction::kAtan2) {
+        for (const MathArgs& a : args) values->push_back(mpfr.Atan2(a.y, a.x));
+        return true;
+    }
+    for (const OneArgument& one : kOneArgument) {
+        if (one.function != family.function) continue;
+        for (const MathArgs& a : args) values->push_back((mpfr.*one.value)(a.x));
     }
     return true;
 }

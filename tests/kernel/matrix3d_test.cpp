@@ -19,6 +19,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "kernel/test_matrices.h"
 #include "selvora/selvora.h"
 #include "support/exact.h"
 
@@ -26,6 +27,8 @@ namespace {
 
 using selvora_test::ExpectPoint;
 using selvora_test::ExpectVector;
+using selvora_test::MatA;
+using selvora_test::ScaleTranslateWithW;
 
 constexpr double kHalfPi = 1.5707963267948966;
 
@@ -52,6 +55,13 @@ using selvora_test::Bits;
 
 #define EXPECT_MATRIX(m, e) EXPECT_PRED_FORMAT2(MatrixIs, m, e)
 
+// A setter's target m and the matrix r it returned both hold the entries e.
+#define EXPECT_SETTER_RESULT(m, r, e) \
+    do {                              \
+        EXPECT_MATRIX(m, e);          \
+        EXPECT_MATRIX(r, e);          \
+    } while (0)
+
 ::testing::AssertionResult SameMatrix(const char* aExpr, const char* bExpr, const Matrix3d& a,
                                       const Matrix3d& b) {
     for (int r = 0; r < 4; ++r)
@@ -67,17 +77,8 @@ using selvora_test::Bits;
 
 const double kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
-// Two general matrices, bottom rows included, with entries whose products
-// and sums round.
-Matrix3d MatA() {
-    // clang-format off
-    return Matrix3d(0.1, 0.2, 0.3, 0.4,
-                    1.5, -2.0, 0.25, 3.0,
-                    -0.7, 0.6, 1.1, -0.9,
-                    0.0, 0.5, 0.0, 1.0);
-    // clang-format on
-}
-
+// A second general matrix besides MatA, bottom row included, with entries
+// whose products and sums round.
 Matrix3d MatB() {
     // clang-format off
     return Matrix3d(1.0, 1.0, 0.3, 0.0,
@@ -170,16 +171,14 @@ TEST(Matrix3d, SetToFunctionsReturnCopies) {
 TEST(Matrix3d, SetToIdentityOverwritesEverything) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToIdentity();
-    EXPECT_MATRIX(m, kIdentity);
-    EXPECT_MATRIX(r, kIdentity);
+    EXPECT_SETTER_RESULT(m, r, kIdentity);
 }
 
 TEST(Matrix3d, SetToTranslation) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToTranslation(Vector3d(1.0, -2.0, 0.5));
     const double e[16] = {1, 0, 0, 1.0, 0, 1, 0, -2.0, 0, 0, 1, 0.5, 0, 0, 0, 1};
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
     ExpectPoint(m * Point3d(1.0, 1.0, 1.0), 2.0, -1.0, 1.5);
     ExpectVector(m * Vector3d(1.0, 1.0, 1.0), 1.0, 1.0, 1.0);
 }
@@ -188,8 +187,7 @@ TEST(Matrix3d, SetToScalingDiagonal) {
     Matrix3d m = MatA();
     Matrix3d r = m.setToScaling(2.0, -3.0, 0.5);
     const double e[16] = {2.0, 0, 0, 0, 0, -3.0, 0, 0, 0, 0, 0.5, 0, 0, 0, 0, 1};
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
 }
 
 TEST(Matrix3d, SetToScalingAboutCenter) {
@@ -202,8 +200,7 @@ TEST(Matrix3d, SetToScalingAboutCenter) {
                           0.0, 0.0, 3.0, -0.5999999999999999,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
     // The centre stays where it is, up to the rounding of the products.
     ExpectPoint(m * Point3d(0.1, 0.2, 0.3), 0.1, 0.2, 0.30000000000000004);
 }
@@ -217,8 +214,7 @@ TEST(Matrix3d, SetToRotationExactEntries) {
                           -0.29395787843858057, 0.27295633888831433, 0.9160150668873173, 0.0,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
 }
 
 TEST(Matrix3d, SetToRotationQuarterTurnAboutZ) {
@@ -264,8 +260,7 @@ TEST(Matrix3d, SetToRotationAboutCenter) {
                           -0.29395787843858057, 0.27295633888831433, 0.9160150668873173, 0.8818630227715506,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
     ExpectPoint(m * Point3d(1.0, -2.0, 0.5), 1.0, -2.0, 0.5);
 }
 
@@ -278,8 +273,7 @@ TEST(Matrix3d, SetToReflectionExactEntries) {
                           -0.4285714285714286, -0.8571428571428572, -0.2857142857142857, 0.0,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
 }
 
 TEST(Matrix3d, SetToReflectionInXYPlane) {
@@ -541,20 +535,14 @@ TEST(Matrix3d, PointTransformDoesNotDivideByW) {
     // Bottom row (0, 0.5, 0, 1) gives w = 0 for this point.
     ExpectPoint(MatA() * Point3d(1.5, -2.0, 0.25), 0.22500000000000003, 9.3125, -2.875);
     ExpectVector(MatA() * Vector3d(1.5, -2.0, 0.25), -0.175, 6.3125, -1.975);
-    // clang-format off
-    Matrix3d w(2, 0, 0, 1,
-               0, 2, 0, 1,
-               0, 0, 2, 1,
-               0, 0, 0, 8);
-    // clang-format on
+    const Matrix3d w = ScaleTranslateWithW(2.0, Vector3d(1.0, 1.0, 1.0), 8.0);
     ExpectPoint(w * Point3d(1.0, 2.0, 3.0), 3.0, 5.0, 7.0);
 }
 
 TEST(Matrix3d, SetCoordSystemTwoArgsDownAxisIsIdentity) {
     Matrix3d m = MatA();
     Matrix3d r = m.setCoordSystem(Point3d(0.0, 0.0, 0.0), Vector3d(0.0, 0.0, -1.0));
-    EXPECT_MATRIX(m, kIdentity);
-    EXPECT_MATRIX(r, kIdentity);
+    EXPECT_SETTER_RESULT(m, r, kIdentity);
     // With an origin it is a pure translation: no half turn either.
     m.setCoordSystem(Point3d(1.0, 2.0, 3.0), Vector3d(0.0, 0.0, -1.0));
     const double e[16] = {1, 0, 0, 1.0, 0, 1, 0, 2.0, 0, 0, 1, 3.0, 0, 0, 0, 1};
@@ -573,8 +561,7 @@ TEST(Matrix3d, SetCoordSystemTwoArgsTiltedAxis) {
                           -0.6, 0.0, 0.8000000000000002, 2.0000000000000004,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
     ExpectVector(m * Vector3d(0.0, 0.0, 1.0), 0.6, 0.0, 0.8000000000000002);
 }
 
@@ -590,8 +577,7 @@ TEST(Matrix3d, SetCoordSystemThreeArgsDownAxisIsHalfTurn) {
                           0.0, 8.742278000372475e-08, -0.9999999999999962, 0.0,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
     EXPECT_EQ(0, m.haveMirror());
 }
 
@@ -613,8 +599,7 @@ TEST(Matrix3d, SetCoordSystemQuarterTurnAboutZ) {
                           0.0, 0.0, 1.0, 3.0,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
     // Local X lands on world Y, the local origin on (1, 2, 3).
     ExpectVector(m * Vector3d(1.0, 0.0, 0.0), 6.123233995736766e-17, 1.0, 0.0);
     ExpectPoint(m * Point3d(0.0, 0.0, 0.0), 1.0, 2.0, 3.0);
@@ -685,8 +670,7 @@ TEST(Matrix3d, SetToAlignCoordSys) {
                           -3.6739403974420595e-17, -0.6, 0.8000000000000002, 0.7999999999999996,
                           0.0, 0.0, 0.0, 1.0};
     // clang-format on
-    EXPECT_MATRIX(m, e);
-    EXPECT_MATRIX(r, e);
+    EXPECT_SETTER_RESULT(m, r, e);
 
     Matrix3d f1, f2;
     f1.setCoordSystem(o1, x1, z1);

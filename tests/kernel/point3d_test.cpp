@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "kernel/test_matrices.h"
 #include "selvora/selvora.h"
 #include "support/exact.h"
 
@@ -23,6 +24,8 @@ namespace {
 constexpr double kTwoPiF = 6.2831854820251465;  // 2*pi rounded to float, widened
 
 using selvora_test::Bits;
+using selvora_test::MatA;
+using selvora_test::ScaleTranslateWithW;
 
 void ExpectXyz(double x, double y, double z, double ax, double ay, double az) {
     EXPECT_SAME_DOUBLE(x, ax);
@@ -37,15 +40,30 @@ void ExpectVector(const Vector3d& v, double x, double y, double z) {
     ExpectXyz(x, y, z, v.x, v.y, v.z);
 }
 
-// A general affine part with the bottom row (0, 0.5, 0, 1): for the point
-// (1.5, -2, 0.25) that row gives w = 0, so any division by w would show.
-Matrix3d TestMatrix() {
-    // clang-format off
-    return Matrix3d(0.1, 0.2, 0.3, 0.4,
-                    1.5, -2.0, 0.25, 3.0,
-                    -0.7, 0.6, 1.1, -0.9,
-                    0.0, 0.5, 0.0, 1.0);
-    // clang-format on
+// The coordinate and copy constructors of a Point3d or a Vector3d.
+template <class T>
+void ExpectConstructorsCopyCoordinates() {
+    T p(1.5, -2.25, 3.125);
+    ExpectXyz(1.5, -2.25, 3.125, p.x, p.y, p.z);
+    T q(p);
+    ExpectXyz(1.5, -2.25, 3.125, q.x, q.y, q.z);
+}
+
+// *=, /=, += and -= of a Point3d or a Vector3d, each on a freshly set value.
+template <class T>
+void ExpectCompoundAssignment() {
+    T p(1.0, 2.0, 3.0);
+    p *= 0.1;
+    ExpectXyz(0.1, 0.2, 0.30000000000000004, p.x, p.y, p.z);
+    p.set(1.0, 2.0, 3.0);
+    p /= 0.1;
+    ExpectXyz(10.0, 20.0, 30.0, p.x, p.y, p.z);
+    p.set(0.1, 0.2, 0.3);
+    p += Vector3d(0.2, 0.4, 0.5);
+    ExpectXyz(0.30000000000000004, 0.6000000000000001, 0.8, p.x, p.y, p.z);
+    p.set(0.1, 0.2, 0.3);
+    p -= Vector3d(0.2, 0.4, 0.5);
+    ExpectXyz(-0.1, -0.2, -0.2, p.x, p.y, p.z);
 }
 
 }  // namespace
@@ -57,12 +75,7 @@ TEST(Point3d, DefaultIsOrigin) {
     ExpectPoint(p, 0.0, 0.0, 0.0);
 }
 
-TEST(Point3d, ConstructorsCopyCoordinates) {
-    Point3d p(1.5, -2.25, 3.125);
-    ExpectPoint(p, 1.5, -2.25, 3.125);
-    Point3d q(p);
-    ExpectPoint(q, 1.5, -2.25, 3.125);
-}
+TEST(Point3d, ConstructorsCopyCoordinates) { ExpectConstructorsCopyCoordinates<Point3d>(); }
 
 TEST(Point3d, LayoutIsThreePackedDoubles) {
     static_assert(sizeof(Point3d) == 24, "a point is three doubles");
@@ -198,20 +211,7 @@ TEST(Point3d, DivisionByZeroFollowsIeee) {
     EXPECT_EQ(-std::numeric_limits<double>::infinity(), p.z);
 }
 
-TEST(Point3d, CompoundAssignment) {
-    Point3d p(1.0, 2.0, 3.0);
-    p *= 0.1;
-    ExpectPoint(p, 0.1, 0.2, 0.30000000000000004);
-    p.set(1.0, 2.0, 3.0);
-    p /= 0.1;
-    ExpectPoint(p, 10.0, 20.0, 30.0);
-    p.set(0.1, 0.2, 0.3);
-    p += Vector3d(0.2, 0.4, 0.5);
-    ExpectPoint(p, 0.30000000000000004, 0.6000000000000001, 0.8);
-    p.set(0.1, 0.2, 0.3);
-    p -= Vector3d(0.2, 0.4, 0.5);
-    ExpectPoint(p, -0.1, -0.2, -0.2);
-}
+TEST(Point3d, CompoundAssignment) { ExpectCompoundAssignment<Point3d>(); }
 
 TEST(Point3d, PtminAndPtmax) {
     Point3d lo(1.0, 5.0, -2.0);
@@ -276,7 +276,7 @@ TEST(Point3d, PolarReducesItsAngleExactly) {
 
 TEST(Point3d, TransformByChangesPointAndReturnsCopy) {
     Point3d p(1.5, -2.0, 0.25);
-    Point3d r = p.transformBy(TestMatrix());
+    Point3d r = p.transformBy(MatA());
     // Rows 0..2 of the matrix with the translation, summed left to right.
     ExpectPoint(p, 0.22500000000000003, 9.3125, -2.875);
     ExpectPoint(r, 0.22500000000000003, 9.3125, -2.875);
@@ -286,17 +286,12 @@ TEST(Point3d, TransformByChangesPointAndReturnsCopy) {
 
 TEST(Point3d, MatrixTimesPointIgnoresBottomRow) {
     // The bottom row gives w = 0 for this point; nothing is divided by it.
-    Point3d r = TestMatrix() * Point3d(1.5, -2.0, 0.25);
+    Point3d r = MatA() * Point3d(1.5, -2.0, 0.25);
     ExpectPoint(r, 0.22500000000000003, 9.3125, -2.875);
     // ((m00*x + m01*y) + m02*z) + m03 per row; other groupings round differently here.
-    ExpectPoint(TestMatrix() * Point3d(1.0, 1.0, 1.0), 1.0, 2.75, 0.09999999999999998);
+    ExpectPoint(MatA() * Point3d(1.0, 1.0, 1.0), 1.0, 2.75, 0.09999999999999998);
 
-    // clang-format off
-    Matrix3d w(1, 0, 0, 1,
-               0, 1, 0, 2,
-               0, 0, 1, 3,
-               0, 0, 0, 4);
-    // clang-format on
+    const Matrix3d w = ScaleTranslateWithW(1.0, Vector3d(1.0, 2.0, 3.0), 4.0);
     ExpectPoint(w * Point3d(1.0, 1.0, 1.0), 2.0, 3.0, 4.0);
 }
 
@@ -313,12 +308,7 @@ TEST(Vector3d, DefaultIsUnitZ) {
     ExpectVector(v, 0.0, 0.0, 1.0);
 }
 
-TEST(Vector3d, ConstructorsCopyCoordinates) {
-    Vector3d v(1.5, -2.25, 3.125);
-    ExpectVector(v, 1.5, -2.25, 3.125);
-    Vector3d w(v);
-    ExpectVector(w, 1.5, -2.25, 3.125);
-}
+TEST(Vector3d, ConstructorsCopyCoordinates) { ExpectConstructorsCopyCoordinates<Vector3d>(); }
 
 TEST(Vector3d, AssignmentAndSetReturnReference) {
     static_assert(std::is_same<decltype(std::declval<Vector3d&>() = std::declval<Vector3d>()),
@@ -373,20 +363,7 @@ TEST(Vector3d, ArithmeticOperators) {
     ExpectVector(a, 0.1, 0.2, 0.3);
 }
 
-TEST(Vector3d, CompoundAssignment) {
-    Vector3d v(1.0, 2.0, 3.0);
-    v *= 0.1;
-    ExpectVector(v, 0.1, 0.2, 0.30000000000000004);
-    v.set(1.0, 2.0, 3.0);
-    v /= 0.1;
-    ExpectVector(v, 10.0, 20.0, 30.0);
-    v.set(0.1, 0.2, 0.3);
-    v += Vector3d(0.2, 0.4, 0.5);
-    ExpectVector(v, 0.30000000000000004, 0.6000000000000001, 0.8);
-    v.set(0.1, 0.2, 0.3);
-    v -= Vector3d(0.2, 0.4, 0.5);
-    ExpectVector(v, -0.1, -0.2, -0.2);
-}
+TEST(Vector3d, CompoundAssignment) { ExpectCompoundAssignment<Vector3d>(); }
 
 TEST(Vector3d, DotProductSumsLeftToRight) {
     // (0.1 + 0.2) + 0.3; the other grouping would give 0.6.
@@ -512,7 +489,7 @@ TEST(Vector3d, AngleToWithReferenceCanExceedDoubleTwoPi) {
 
 TEST(Vector3d, TransformByIgnoresTranslation) {
     Vector3d v(1.5, -2.0, 0.25);
-    Vector3d r = v.transformBy(TestMatrix());
+    Vector3d r = v.transformBy(MatA());
     // Upper-left 3x3 block only, summed left to right.
     ExpectVector(v, -0.175, 6.3125, -1.975);
     ExpectVector(r, -0.175, 6.3125, -1.975);
@@ -524,8 +501,8 @@ TEST(Vector3d, TransformByIgnoresTranslation) {
 }
 
 TEST(Vector3d, MatrixTimesVector) {
-    ExpectVector(TestMatrix() * Vector3d(1.5, -2.0, 0.25), -0.175, 6.3125, -1.975);
-    ExpectVector(TestMatrix() * Vector3d(1.0, 1.0, 1.0), 0.6000000000000001, -0.25, 1.0);
+    ExpectVector(MatA() * Vector3d(1.5, -2.0, 0.25), -0.175, 6.3125, -1.975);
+    ExpectVector(MatA() * Vector3d(1.0, 1.0, 1.0), 0.6000000000000001, -0.25, 1.0);
 }
 
 TEST(Vector3d, AsPoint3dCopiesCoordinates) {
