@@ -14,9 +14,9 @@
 #include <random>
 #include <string>
 
+#include "common/loopback_http.h"
 #include "selvora/foundation/ov_string.h"
 #include "selvora/net/net.h"
-#include "support/loopback_http.h"
 
 extern char** environ;
 
@@ -36,7 +36,7 @@ class Server {
         }
         const std::string head = "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nContent-Length: " +
                                  std::to_string(kSize) + "\r\nConnection: close\r\n\r\n";
-        server_.On("/resource.txt", selvora_test::Raw(head + body_));
+        server_.On("/resource.txt", selvora_common::Raw(head + body_));
         url_ = server_.Url("/resource.txt");
     }
 
@@ -47,7 +47,7 @@ class Server {
   private:
     std::string body_;
     std::string url_;
-    selvora_test::Server server_;
+    selvora_common::Server server_;
 };
 
 // The server and a scratch directory, shared by the benchmarks; both go away

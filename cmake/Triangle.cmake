@@ -47,9 +47,9 @@ endif()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
   "${SELVORA_TRIANGLE_SOURCE_DIR}/triangle.c" "${CMAKE_CURRENT_LIST_DIR}/TriangleSource.cmake")
 
-add_library(selvora_triangle OBJECT src/tessellation/triangle_unit.c)
+add_library(selvora_triangle OBJECT ${PROJECT_SOURCE_DIR}/src/tessellation/triangle_unit.c)
 target_include_directories(selvora_triangle PRIVATE
-  ${_selvora_generated} ${SELVORA_TRIANGLE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  ${_selvora_generated} ${SELVORA_TRIANGLE_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(selvora_triangle PRIVATE TRILIBRARY NO_TIMER SELF_CHECK)
 set_target_properties(selvora_triangle PROPERTIES
   POSITION_INDEPENDENT_CODE ON

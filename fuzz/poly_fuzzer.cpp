@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "poly_file.h"
 
@@ -29,16 +30,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool written = std::fwrite(data, 1, size, file) == size;
     if (std::fclose(file) != 0 || !written) return 0;
 
-    selvora_tool::PlanarGraph graph;
+    selvora_common::PlanarGraph graph;
     std::string error;
     if (selvora_tool::ReadPolyFile(path, graph, error)) {
-        for (const auto& p : graph.points) {
-            if (!std::isfinite(p.x) || !std::isfinite(p.y)) std::abort();
-        }
-        for (const auto& s : graph.segments) {
-            for (int end : s) {
-                if (end < 0 || std::size_t(end) >= graph.points.size()) std::abort();
+        for (const std::vector<double>* list : {&graph.xy, &graph.holes}) {
+            for (double v : *list) {
+                if (!std::isfinite(v)) std::abort();
             }
+        }
+        for (int end : graph.segments) {
+            if (end < 0 || end >= graph.Points()) std::abort();
         }
     } else if (error.empty()) {
         std::abort();  // a refusal always says why

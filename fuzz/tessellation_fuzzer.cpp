@@ -23,8 +23,8 @@
 #include <string>
 #include <vector>
 
+#include "common/planar_graph.h"
 #include "selvora/selvora.h"
-#include "support/planar_graph.h"
 
 namespace {
 
@@ -60,8 +60,8 @@ double Coordinate(Bytes& in) {
     return kind % 2 ? -v : v;
 }
 
-using Graph = selvora_test::PlanarGraph;
-using selvora_test::TessellateInBuffers;
+using Graph = selvora_common::PlanarGraph;
+using selvora_common::TessellateInBuffers;
 
 Graph Decode(const std::uint8_t* data, std::size_t size) {
     Bytes in(data, size);

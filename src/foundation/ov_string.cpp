@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "foundation/crt_compat.h"
-#include "module/module.h"
+#include "foundation/format_buffer.h"
 
 namespace {
 

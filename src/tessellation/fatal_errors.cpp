@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "module/module.h"
+#include "tessellation/message_box.h"
 #include "tessellation/triangle_guard.h"
 
 namespace selvora {

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <new>
 
-#include "module/module.h"
+#include "tessellation/buffers.h"
 #include "tessellation/fatal_errors.h"
 #include "tessellation/stack_room.h"
 #include "tessellation/triangle_guard.h"

@@ -11,11 +11,11 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "common/whole_file.h"
 #include "selvora/image/image.h"
 #include "support/scratch_dir.h"
 
@@ -27,9 +27,10 @@ using Bytes = std::vector<unsigned char>;
 // ---------------------------------------------------------------------------
 // Helpers
 
-Bytes ReadWholeFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+// The file's bytes, none when it cannot be read.
+Bytes FileBytes(const fs::path& path) {
+    const std::string bytes = selvora_common::ReadWholeFile(path).value_or(std::string());
+    return Bytes(bytes.begin(), bytes.end());
 }
 
 void WriteWholeFile(const fs::path& path, const Bytes& bytes) {
@@ -621,7 +622,7 @@ TEST_F(TiffHeader, BigTiffWrittenByLibtiffIsRefused) {
         ASSERT_EQ(TIFFWriteEncodedStrip(tif, 0, picture.data(), 18), 18);
         TIFFClose(tif);
     }
-    const Bytes file = ReadWholeFile(path);
+    const Bytes file = FileBytes(path);
     ASSERT_GE(file.size(), 4u);
     EXPECT_EQ(file[2], 43);
     {
@@ -1142,7 +1143,7 @@ TEST_F(TiffConverted, ARowThatDoesNotDecodeRefusesTheFile) {
     const std::uint32_t strips = TIFFNumberOfStrips(tif);
     const std::uint64_t lastOffset = TIFFGetStrileOffset(tif, strips - 1);
     TIFFClose(tif);
-    Bytes bytes = ReadWholeFile(path);
+    Bytes bytes = FileBytes(path);
     ASSERT_GT(bytes.size(), lastOffset + 1);
     // The directory comes after the strips in libtiff's files: keep it and
     // zero the last strip's bytes instead, so that it no longer decodes.
@@ -1242,7 +1243,7 @@ TEST_F(TiffQuiet, OpenOptionsTakeTheReportsOfAFailedOpen) {
 
 // Binary PPM (P6, maxval 255): the pixels top row first.
 Bytes ReadPpm(const fs::path& path, int* width, int* height) {
-    const Bytes file = ReadWholeFile(path);
+    const Bytes file = FileBytes(path);
     std::size_t at = 0;
     auto skipSpaceAndComments = [&] {
         while (at < file.size()) {

@@ -141,8 +141,7 @@ TEST(VersionResource, NamesTheProductAndItsVersion) {
     const auto text = [&](const char* name) {
         char* value = nullptr;
         const std::string path = std::string("\\StringFileInfo\\040904B0\\") + name;
-        return VerQueryValueA(data.data(), path.c_str(), reinterpret_cast<void**>(&value),
-                              &length)
+        return VerQueryValueA(data.data(), path.c_str(), reinterpret_cast<void**>(&value), &length)
                    ? std::string(value)
                    : std::string("(none)");
     };

@@ -12,16 +12,16 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "common/loopback_http.h"
+#include "common/whole_file.h"
 #include "net/exchanges.h"
 #include "net/http.h"
 #include "selvora/net/net.h"
-#include "support/loopback_http.h"
 #include "support/platform.h"
 #include "support/scratch_dir.h"
 
@@ -126,11 +126,6 @@ inline std::string ExpectedPage(const std::string& body) {
 
 inline std::string Text(const OvString& s) {
     return std::string(static_cast<const char*>(s), static_cast<std::size_t>(s.GetLength()));
-}
-
-inline std::string ReadFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 inline void WriteFile(const fs::path& path, const std::string& bytes) {
@@ -275,9 +270,10 @@ class Net : public ::testing::Test {
         WriteFile(file, "old symbol");
         std::string online = base + "/";
         std::string url = base + "/symbol";
-        check(LoadSymbolInternet(online.data(), url.data(), file.string().c_str()) == expected &&
-                  ReadFile(file) == (expected ? "secure symbol" : "old symbol"),
-              "download");
+        check(
+            LoadSymbolInternet(online.data(), url.data(), file.string().c_str()) == expected &&
+                selvora_common::ReadWholeFile(file) == (expected ? "secure symbol" : "old symbol"),
+            "download");
         fs::remove(file);
 
         url = base + "/matrix";
@@ -314,7 +310,7 @@ class Net : public ::testing::Test {
         std::string url = base + "/symbol.bin";
         const fs::path file = dir_.Path() / "symbol.bin";
         EXPECT_EQ(1, LoadSymbolInternet(online.data(), url.data(), file.string().c_str()));
-        EXPECT_TRUE(ReadFile(file) == binary);
+        EXPECT_TRUE(selvora_common::ReadWholeFile(file) == binary);
         std::string missing = base + "/no-such-file";
         const fs::path never = dir_.Path() / "never.bin";
         EXPECT_EQ(0, LoadSymbolInternet(online.data(), missing.data(), never.string().c_str()));
@@ -327,7 +323,7 @@ class Net : public ::testing::Test {
         bool GoOnline(const char*) const override { return goingOnlineWorks; }
     };
 
-    Server server_;
+    selvora_common::Server server_;
     selvora_test::ScratchDir dir_{"selvora-net"};
     OfflineMachine machine_;
     selvora::net::Conditions conditions_;

@@ -27,6 +27,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using namespace selvora_common;
 using namespace selvora_test;
 
 // ---------------------------------------------------------------------------
@@ -271,7 +272,7 @@ TEST_F(Https, RedirectsGoBetweenHttpAndHttps) {
         std::string online = server_.Url("/");
         std::string target = url;
         EXPECT_EQ(1, LoadSymbolInternet(online.data(), target.data(), file.c_str())) << url;
-        EXPECT_EQ("either way", ReadFile(file)) << url;
+        EXPECT_EQ("either way", ReadWholeFile(file)) << url;
     }
     for (const std::string& url : {server_.Url("/up-post"), front.Url("/down-post")}) {
         std::string online = server_.Url("/");

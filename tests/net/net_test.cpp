@@ -17,6 +17,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using namespace selvora_common;
 using namespace selvora_test;
 
 class PageFetch : public Net {};
@@ -328,7 +329,7 @@ TEST_F(SymbolDownload, WritesTheBodyByteForByte) {
         server_.On(path, Reply(200, body));
         const fs::path file = dir_.Path() / ("symbol" + std::to_string(size) + ".bin");
         EXPECT_EQ(1, Load(path, file)) << size;
-        EXPECT_TRUE(ReadFile(file) == body) << size;
+        EXPECT_TRUE(ReadWholeFile(file) == body) << size;
     }
     // Bodies with NULs arrived whole, and nothing else was left behind.
     EXPECT_EQ((Listing{"symbol0.bin", "symbol1.bin", "symbol1023.bin", "symbol1024.bin",
@@ -346,12 +347,12 @@ TEST_F(SymbolDownload, ReplacesAnExistingFile) {
     const std::string body = RandomBytes(3000, 9);
     server_.On("/sym", Reply(200, body));
     EXPECT_EQ(1, Load("/sym", file));
-    EXPECT_TRUE(ReadFile(file) == body);
+    EXPECT_TRUE(ReadWholeFile(file) == body);
     EXPECT_EQ(Listing{"sym.dat"}, Names(dir_.Path()));
 
     server_.On("/empty", Reply(200, ""));
     EXPECT_EQ(1, Load("/empty", file));
-    EXPECT_EQ("", ReadFile(file));
+    EXPECT_EQ("", ReadWholeFile(file));
     EXPECT_TRUE(fs::is_regular_file(file));
 }
 
@@ -386,7 +387,7 @@ TEST_F(SymbolDownload, FailedStatusCreatesNoFile) {
     const fs::path existing = dir_.Path() / "existing.sym";
     WriteFile(existing, "old symbol");
     EXPECT_EQ(0, Load("/missing", existing));
-    EXPECT_EQ("old symbol", ReadFile(existing));
+    EXPECT_EQ("old symbol", ReadWholeFile(existing));
     EXPECT_EQ(Listing{"existing.sym"}, Names(dir_.Path()));
 }
 
@@ -415,7 +416,7 @@ TEST_F(SymbolDownload, InterruptedTransferKeepsTheOldFile) {
     WriteFile(file, "the old symbol");
     for (const char* path : {"/reset", "/short"}) {
         EXPECT_EQ(0, Load(path, file)) << path;
-        EXPECT_EQ("the old symbol", ReadFile(file)) << path;
+        EXPECT_EQ("the old symbol", ReadWholeFile(file)) << path;
         EXPECT_EQ(Listing{"kept.sym"}, Names(dir_.Path())) << path;
     }
     const fs::path fresh = dir_.Path() / "fresh.sym";
@@ -429,7 +430,7 @@ TEST_F(SymbolDownload, StalledTransferKeepsTheOldFile) {
     const fs::path file = dir_.Path() / "kept.sym";
     WriteFile(file, "the old symbol");
     EXPECT_EQ(0, Load("/stall", file));
-    EXPECT_EQ("the old symbol", ReadFile(file));
+    EXPECT_EQ("the old symbol", ReadWholeFile(file));
     EXPECT_EQ(Listing{"kept.sym"}, Names(dir_.Path()));
 }
 
@@ -442,10 +443,10 @@ TEST_F(SymbolDownload, ChunkedAndRedirectedBodies) {
     server_.On("/moved", Redirect(301, "/chunked"));
     const fs::path file = dir_.Path() / "chunked.sym";
     EXPECT_EQ(1, Load("/chunked", file));
-    EXPECT_TRUE(ReadFile(file) == body);
+    EXPECT_TRUE(ReadWholeFile(file) == body);
     fs::remove(file);
     EXPECT_EQ(1, Load("/moved", file));
-    EXPECT_TRUE(ReadFile(file) == body);
+    EXPECT_TRUE(ReadWholeFile(file) == body);
     EXPECT_EQ(Listing{"chunked.sym"}, Names(dir_.Path()));
 }
 
@@ -742,7 +743,7 @@ TEST_F(OnlineCheck, OfflineButGoingOnlineWorks) {
 
     const fs::path file = dir_.Path() / "sym.dat";
     EXPECT_EQ(1, Load("/sym", file));
-    EXPECT_TRUE(ReadFile(file) == body);
+    EXPECT_TRUE(ReadWholeFile(file) == body);
     Matrix3d m = Sentinel();
     EXPECT_EQ(1, PostMatrix("/matrix", "data", &m));
     ExpectMatrixWords(m, kWords);
@@ -849,7 +850,7 @@ TEST_F(Schemes, RedirectsToOtherSchemesAreNotFollowed) {
         }
     }
     EXPECT_EQ(0, trap_.Connections());
-    EXPECT_EQ("the old symbol", ReadFile(file));
+    EXPECT_EQ("the old symbol", ReadWholeFile(file));
     EXPECT_EQ(Listing{"kept.sym"}, Names(dir_.Path()));
 }
 
@@ -885,7 +886,7 @@ TEST_F(Framing, ConflictingOrMalformedLengthsFail) {
         EXPECT_EQ("keep", Text(out)) << what;
         EXPECT_EQ(0, Load(path, file)) << what;
         EXPECT_EQ(0, Load(path, nullptr)) << what;
-        EXPECT_EQ("the old symbol", ReadFile(file)) << what;
+        EXPECT_EQ("the old symbol", ReadWholeFile(file)) << what;
         Matrix3d m = Sentinel();
         server_.On(path + "m", Raw(WithLengths(200, lengths, LittleEndian(kWords))));
         EXPECT_EQ(0, PostMatrix(path + "m", "data", &m)) << what;
@@ -907,7 +908,7 @@ TEST_F(Framing, TheSameLengthRepeatedIsOneLength) {
         EXPECT_EQ(body, Text(out)) << lengths[0];
         const fs::path file = dir_.Path() / ("same" + std::to_string(n) + ".sym");
         EXPECT_EQ(1, Load(path, file)) << lengths[0];
-        EXPECT_EQ(body, ReadFile(file)) << lengths[0];
+        EXPECT_EQ(body, ReadWholeFile(file)) << lengths[0];
     }
 }
 
@@ -960,7 +961,7 @@ TEST_F(Stall, ASteadyTrickleOutlivesTheStallTime) {
     server_.On("/slow", Trickle(body, 700ms));
     const fs::path file = dir_.Path() / "slow.sym";
     EXPECT_EQ(1, Load("/slow", file));
-    EXPECT_EQ(body, ReadFile(file));
+    EXPECT_EQ(body, ReadWholeFile(file));
 }
 
 TEST_F(Stall, ASilentServerFailsAfterTheStallTime) {

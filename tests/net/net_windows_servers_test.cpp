@@ -30,6 +30,7 @@
 namespace {
 
 using namespace selvora_test;
+using selvora_common::ReadWholeFile;
 
 // The authority (PEM) in the current user's root store while this lives.
 class TrustedAuthority {
@@ -101,7 +102,7 @@ class HttpsThroughWinInet : public Net {
         for (std::string item; std::getline(list, item, ',');)
             ports_[item.substr(0, item.find('='))] = item.substr(item.find('=') + 1);
         ASSERT_EQ(6u, ports_.size());
-        caPem_ = ReadFile(ca);
+        caPem_ = ReadWholeFile(ca).value_or("");
         ASSERT_FALSE(caPem_.empty());
     }
 

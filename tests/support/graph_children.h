@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/planar_graph.h"
+#include "common/planar_graph.h"
 
 namespace selvora_test {
 
@@ -22,7 +22,9 @@ struct Ending {
     std::string messages;   // what the call wrote on stderr
 };
 
-// How TessellateInBuffers(g) ended for each graph, each allowed `seconds`.
-std::vector<Ending> TessellatedInChildren(const std::vector<PlanarGraph>& graphs, int seconds);
+// How selvora_common::TessellateInBuffers(g) ended for each graph, each
+// allowed `seconds`.
+std::vector<Ending> TessellatedInChildren(const std::vector<selvora_common::PlanarGraph>& graphs,
+                                          int seconds);
 
 }  // namespace selvora_test

@@ -9,6 +9,8 @@
 
 namespace selvora_test {
 
+using selvora_common::PlanarGraph;
+
 namespace {
 
 Ending InChild(const PlanarGraph& g, int seconds) {
@@ -22,7 +24,7 @@ Ending InChild(const PlanarGraph& g, int seconds) {
         dup2(messages[1], 2);
         close(messages[0]);
         close(result[0]);
-        const int r = TessellateInBuffers(g);
+        const int r = selvora_common::TessellateInBuffers(g);
         if (write(result[1], &r, sizeof r) != sizeof r) _exit(3);
         _exit(0);
     }

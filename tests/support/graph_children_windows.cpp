@@ -10,17 +10,19 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "common/whole_file.h"
 #include "support/graph_children.h"
 #include "support/platform.h"
 #include "support/scratch_dir.h"
 
 namespace selvora_test {
+
+using selvora_common::PlanarGraph;
 
 namespace {
 
@@ -76,16 +78,11 @@ int TriangulateTheGraphsOfStandardInput() {
     while (ReadGraph(stdin, &g)) {
         std::fputs(kGraphMark, stderr);
         std::fflush(stderr);
-        const int result = TessellateInBuffers(g);
+        const int result = selvora_common::TessellateInBuffers(g);
         std::printf("%d\n", result);
         std::fflush(stdout);
     }
     return 0;
-}
-
-std::string Contents(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 // A file handle the child inherits as one of its standard streams.
@@ -158,9 +155,9 @@ ChildRun RunChild(const std::string& input, const fs::path& dir, int seconds) {
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
 
-    std::istringstream results(Contents(out));
+    std::istringstream results(selvora_common::ReadWholeFile(out).value_or(""));
     for (int r; results >> r;) run.results.push_back(r);
-    const std::string messages = Contents(err);
+    const std::string messages = selvora_common::ReadWholeFile(err).value_or("");
     const std::size_t markLength = std::strlen(kGraphMark);
     for (std::size_t at = messages.find(kGraphMark); at != std::string::npos;) {
         const std::size_t next = messages.find(kGraphMark, at + markLength);

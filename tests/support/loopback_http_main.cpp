@@ -10,20 +10,13 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
-#include <iterator>
-#include <sstream>
+#include <optional>
 #include <string>
 
-#include "support/loopback_http.h"
+#include "common/loopback_http.h"
+#include "common/whole_file.h"
 
 namespace {
-
-bool ReadFile(const std::string& path, std::string* bytes) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    bytes->assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return true;
-}
 
 // Written under another name first, so a reader never sees half a request.
 void WriteRequest(const std::string& dir, int number, const std::string& raw) {
@@ -38,7 +31,7 @@ void WriteRequest(const std::string& dir, int number, const std::string& raw) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    selvora_test::Server server;
+    selvora_common::Server server;
     if (!server.Running()) {
         std::cerr << "selvora_loopback_http: cannot listen on 127.0.0.1\n";
         return 1;
@@ -53,12 +46,14 @@ int main(int argc, char** argv) {
             continue;
         }
         const std::size_t equals = arg.find('=');
-        std::string response;
-        if (equals == std::string::npos || !ReadFile(arg.substr(equals + 1), &response)) {
+        std::optional<std::string> response;
+        if (equals != std::string::npos)
+            response = selvora_common::ReadWholeFile(arg.substr(equals + 1));
+        if (!response) {
             std::cerr << "selvora_loopback_http: expected PATH=RESPONSE_FILE, got " << arg << "\n";
             return 2;
         }
-        server.On(arg.substr(0, equals), selvora_test::Raw(response));
+        server.On(arg.substr(0, equals), selvora_common::Raw(*response));
     }
     std::cout << server.Port() << std::endl;
     std::string line;

@@ -3,12 +3,12 @@
 // they enclose nothing, so a triangulation that ends keeps no triangle.
 #pragma once
 
-#include "support/planar_graph.h"
+#include "common/planar_graph.h"
 
 namespace selvora_test {
 
 // Its segment insertion recursed without end (a stack overflow).
-inline PlanarGraph GraphThatOverflowedTheStack() {
+inline selvora_common::PlanarGraph GraphThatOverflowedTheStack() {
     // clang-format off
     return {{0, -1.2941292465998752e+28,
              1.3587408959707088e-29, -3.8660621547136084e+38,
@@ -23,7 +23,7 @@ inline PlanarGraph GraphThatOverflowedTheStack() {
 }
 
 // Its point location never ended.
-inline PlanarGraph GraphThatNeverReturned() {
+inline selvora_common::PlanarGraph GraphThatNeverReturned() {
     // clang-format off
     return {{-8.6909167050185145e-22, 4.2891091351342634e-41,
              1.6165020916813824e+19, -2.9082726589422338e+27,

@@ -21,9 +21,10 @@
 #include <utility>
 #include <vector>
 
-#include "support/loopback_http.h"
+#include "common/loopback_http.h"
 #include "support/tls_loopback.h"
 
+using namespace selvora_common;
 using namespace selvora_test;
 
 int main(int argc, char** argv) {

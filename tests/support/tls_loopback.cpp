@@ -23,7 +23,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "support/sockets.h"
+#include "common/sockets.h"
 
 namespace selvora_test {
 namespace {
@@ -227,7 +227,7 @@ TlsFront::TlsFront(const Leaf& leaf, std::uint16_t backendPort) : backendPort_(b
     if (!ok) return;
 
     listenFd_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    sockaddr_in addr = Loopback(0);
+    sockaddr_in addr = selvora_common::Loopback(0);
     socklen_t len = sizeof addr;
     if (listenFd_ < 0 || bind(listenFd_, reinterpret_cast<sockaddr*>(&addr), len) != 0 ||
         listen(listenFd_, 16) != 0 ||
@@ -279,7 +279,7 @@ void TlsFront::Serve(int client) {
     ++handshakes_;
 
     const int backend = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    sockaddr_in addr = Loopback(backendPort_);
+    sockaddr_in addr = selvora_common::Loopback(backendPort_);
     int soError = 0;
     socklen_t len = sizeof soError;
     const bool ok =

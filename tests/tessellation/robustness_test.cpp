@@ -9,10 +9,10 @@
 #include <cstdlib>
 #include <random>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "common/planar_graph.h"
 #include "selvora/selvora.h"
 #include "support/address_space.h"
 #include "support/graph_children.h"
@@ -21,25 +21,9 @@
 
 namespace {
 
-using Graph = selvora_test::PlanarGraph;
+using Graph = selvora_common::PlanarGraph;
+using selvora_common::TessellateInBuffers;
 using selvora_test::Ending;
-using selvora_test::TessellateInBuffers;
-
-std::string AsPoly(const Graph& g) {
-    const int n = static_cast<int>(g.xy.size() / 2), s = static_cast<int>(g.segments.size() / 2),
-              h = static_cast<int>(g.holes.size() / 2);
-    std::ostringstream poly;
-    poly.precision(17);
-    poly << n << " 2 0 0\n";
-    for (int i = 0; i < n; ++i) poly << i << ' ' << g.xy[2 * i] << ' ' << g.xy[2 * i + 1] << '\n';
-    poly << s << " 0\n";
-    for (int i = 0; i < s; ++i)
-        poly << i << ' ' << g.segments[2 * i] << ' ' << g.segments[2 * i + 1] << '\n';
-    poly << h << '\n';
-    for (int i = 0; i < h; ++i)
-        poly << i << ' ' << g.holes[2 * i] << ' ' << g.holes[2 * i + 1] << '\n';
-    return poly.str();
-}
 
 // The message boxes of every fatal condition, as they come out on stderr.
 const std::set<std::string>& FatalMessages() {
@@ -63,7 +47,7 @@ const std::set<std::string>& FatalMessages() {
                : !e.crash.empty() ? e.crash
                                   : "exit status " + std::to_string(e.exitStatus))
            << ", stderr \"" << e.messages << "\", on\n"
-           << AsPoly(g);
+           << selvora_common::PolyText(g);
 }
 
 // A coordinate of any magnitude the interface accepts, or 0.

@@ -27,6 +27,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/planar_graph.h"
+#include "common/whole_file.h"
 #include "support/graph_children.h"
 #include "support/platform.h"
 #include "support/scratch_dir.h"
@@ -35,47 +37,14 @@ namespace {
 
 constexpr double kPi = 3.141592653589793;
 
-// Three vertex indices of one output triangle, in output order.
-using Corners = std::array<int, 3>;
-
-// A planar straight-line graph as a client writes it into the buffers.
-struct Pslg {
-    std::vector<double> xy;         // x, y of each vertex
-    std::vector<int> segments;      // two vertex indices each
-    std::vector<double> holeSeeds;  // x, y of a point inside each hole
-
-    int Points() const { return static_cast<int>(xy.size() / 2); }
-    int Segments() const { return static_cast<int>(segments.size() / 2); }
-    int Holes() const { return static_cast<int>(holeSeeds.size() / 2); }
-    double X(int i) const { return xy[2 * static_cast<size_t>(i)]; }
-    double Y(int i) const { return xy[2 * static_cast<size_t>(i) + 1]; }
-
-    int AddPoint(double x, double y) {
-        xy.push_back(x);
-        xy.push_back(y);
-        return Points() - 1;
-    }
-    void AddSegment(int a, int b) {
-        segments.push_back(a);
-        segments.push_back(b);
-    }
-    // Segments joining `count` consecutive vertices from `first` into a loop.
-    void AddLoop(int first, int count) {
-        for (int k = 0; k < count; ++k) AddSegment(first + k, first + (k + 1) % count);
-    }
-    // An axis-parallel rectangle as a loop of four vertices, counter-clockwise.
-    void AddRectangle(double x0, double y0, double x1, double y1) {
-        const int first = AddPoint(x0, y0);
-        AddPoint(x1, y0);
-        AddPoint(x1, y1);
-        AddPoint(x0, y1);
-        AddLoop(first, 4);
-    }
-    void AddHole(double x, double y) {
-        holeSeeds.push_back(x);
-        holeSeeds.push_back(y);
-    }
-};
+// The graph, its hand-over through the buffers and its triangles there.
+using selvora_common::PlanarGraph;
+using selvora_common::PolyText;
+using selvora_common::ReadWholeFile;
+using selvora_common::TessellateInBuffers;
+using selvora_common::TriangleCorners;
+using selvora_common::TrianglesInBuffer;
+using selvora_common::WriteToBuffers;
 
 struct Buffers {
     double* points = nullptr;
@@ -96,47 +65,47 @@ constexpr size_t kSegmentsBytes = 0x80000;
 constexpr size_t kTrianglesBytes = 0xC0000;
 constexpr size_t kHolesBytes = 0xBB80;
 
-void Write(const Pslg& g) {
-    const Buffers b = GetBuffers();
-    std::copy(g.xy.begin(), g.xy.end(), b.points);
-    std::copy(g.segments.begin(), g.segments.end(), b.segments);
-    std::copy(g.holeSeeds.begin(), g.holeSeeds.end(), b.holes);
-}
-
-int Tessellate(const Pslg& g) {
-    Write(g);
-    return OV_doTessellation(g.Points(), g.Segments(), g.Holes());
-}
-
-std::vector<Corners> ReadTriangles(int count) {
-    const int* t = GetBuffers().triangles;
-    std::vector<Corners> out(static_cast<size_t>(count));
-    for (size_t k = 0; k < out.size(); ++k) out[k] = {t[3 * k], t[3 * k + 1], t[3 * k + 2]};
-    return out;
-}
-
 // The triangles as a sorted list, each rotated to start at its smallest
 // index; the rotation keeps the orientation.
-std::vector<Corners> Canonical(std::vector<Corners> triangles) {
-    for (Corners& t : triangles)
+std::vector<TriangleCorners> Canonical(std::vector<TriangleCorners> triangles) {
+    for (TriangleCorners& t : triangles)
         std::rotate(t.begin(), std::min_element(t.begin(), t.end()), t.end());
     std::sort(triangles.begin(), triangles.end());
     return triangles;
 }
 
 // Twice the signed area of a triangle: positive when counter-clockwise.
-double Area2(const Pslg& g, const Corners& t) {
+double Area2(const PlanarGraph& g, const TriangleCorners& t) {
     const double ax = g.X(t[0]), ay = g.Y(t[0]);
     return (g.X(t[1]) - ax) * (g.Y(t[2]) - ay) - (g.X(t[2]) - ax) * (g.Y(t[1]) - ay);
 }
 
-void Centroid(const Pslg& g, const Corners& t, double* x, double* y) {
+void Centroid(const PlanarGraph& g, const TriangleCorners& t, double* x, double* y) {
     *x = (g.X(t[0]) + g.X(t[1]) + g.X(t[2])) / 3;
     *y = (g.Y(t[0]) + g.Y(t[1]) + g.Y(t[2])) / 3;
 }
 
 bool StrictlyInside(double x, double y, double x0, double y0, double x1, double y1) {
     return x > x0 && x < x1 && y > y0 && y < y1;
+}
+
+// The triangle of the three corners in this order, one segment per side.
+PlanarGraph Triangle(double x0, double y0, double x1, double y1, double x2, double y2) {
+    PlanarGraph g;
+    g.AddPoint(x0, y0);
+    g.AddPoint(x1, y1);
+    g.AddPoint(x2, y2);
+    g.AddLoop(0, 3);
+    return g;
+}
+
+// Triangulates g, which must give one triangle, counter-clockwise, with the
+// corners `expected` (starting from the smallest index).
+void ExpectOneTriangle(const PlanarGraph& g, const TriangleCorners& expected) {
+    ASSERT_EQ(TessellateInBuffers(g), 1);
+    const TriangleCorners t = TrianglesInBuffer(1)[0];
+    EXPECT_GT(Area2(g, t), 0);
+    EXPECT_EQ(Canonical({t}), std::vector<TriangleCorners>{expected});
 }
 
 // Fills the whole triangles buffer with a pattern that no call writes.
@@ -155,8 +124,8 @@ bool TrianglesUntouched() {
 // The corners of the square [0, 1000]^2 as a loop of segments and `count`
 // distinct random points strictly inside it. The hull has exactly the four
 // corners, so the triangulation has 2 * (count + 4) - 4 - 2 triangles.
-Pslg SquareWithInteriorPoints(int count, unsigned seed) {
-    Pslg g;
+PlanarGraph SquareWithInteriorPoints(int count, unsigned seed) {
+    PlanarGraph g;
     g.AddRectangle(0, 0, 1000, 1000);
     std::mt19937 rng(seed);
     std::uniform_real_distribution<double> coordinate(1, 999);
@@ -174,7 +143,7 @@ double Orientation(double ax, double ay, double bx, double by, double cx, double
 }
 
 // Whether segments p and q cross at a point inside both (not at a shared end).
-bool Cross(const Pslg& g, int p0, int p1, int q0, int q1) {
+bool Cross(const PlanarGraph& g, int p0, int p1, int q0, int q1) {
     if (p0 == q0 || p0 == q1 || p1 == q0 || p1 == q1) return false;
     const double a = Orientation(g.X(p0), g.Y(p0), g.X(p1), g.Y(p1), g.X(q0), g.Y(q0));
     const double b = Orientation(g.X(p0), g.Y(p0), g.X(p1), g.Y(p1), g.X(q1), g.Y(q1));
@@ -185,8 +154,8 @@ bool Cross(const Pslg& g, int p0, int p1, int q0, int q1) {
 
 // Random points in a square with its boundary, plus short random segments
 // between nearby points, each kept only if it crosses none kept before.
-Pslg RandomNonCrossingGraph(unsigned seed) {
-    Pslg g = SquareWithInteriorPoints(3000, seed);
+PlanarGraph RandomNonCrossingGraph(unsigned seed) {
+    PlanarGraph g = SquareWithInteriorPoints(3000, seed);
     std::mt19937 rng(seed + 1000);
     std::uniform_int_distribution<int> pick(4, g.Points() - 1);
     std::vector<std::pair<int, int>> kept;
@@ -211,8 +180,8 @@ Pslg RandomNonCrossingGraph(unsigned seed) {
 // Random points in a square with its boundary, plus long segments between
 // random points that cross each other; *crossings receives how many pairs of
 // them cross.
-Pslg RandomCrossingGraph(unsigned seed, int segments, int* crossings) {
-    Pslg g = SquareWithInteriorPoints(3000, seed);
+PlanarGraph RandomCrossingGraph(unsigned seed, int segments, int* crossings) {
+    PlanarGraph g = SquareWithInteriorPoints(3000, seed);
     std::mt19937 rng(seed + 2000);
     std::uniform_int_distribution<int> pick(4, g.Points() - 1);
     std::vector<std::pair<int, int>> added;
@@ -241,8 +210,8 @@ constexpr int kBoundaryVertices = 64;
 // A star-shaped boundary polygon around (500, 500), four square holes with a
 // seed at each centre, and random points all over the square [0, 1000]^2
 // (some fall outside the boundary or inside a hole).
-Pslg RandomGraphWithHoles(unsigned seed) {
-    Pslg g;
+PlanarGraph RandomGraphWithHoles(unsigned seed) {
+    PlanarGraph g;
     std::mt19937 rng(seed);
     std::uniform_real_distribution<double> radius(420, 490);
     for (int k = 0; k < kBoundaryVertices; ++k) {
@@ -265,7 +234,7 @@ Pslg RandomGraphWithHoles(unsigned seed) {
 }
 
 // Whether (x, y) is inside the polygon of the first `count` vertices (even-odd rule).
-bool InsidePolygon(const Pslg& g, int count, double x, double y) {
+bool InsidePolygon(const PlanarGraph& g, int count, double x, double y) {
     bool inside = false;
     for (int i = 0, j = count - 1; i < count; j = i++) {
         if ((g.Y(i) > y) != (g.Y(j) > y) &&
@@ -277,25 +246,6 @@ bool InsidePolygon(const Pslg& g, int count, double x, double y) {
 }
 
 // --- The triangle program ---------------------------------------------------
-
-// The graph as a .poly file, numbered from zero, without attributes or markers.
-std::string PolyText(const Pslg& g) {
-    std::ostringstream os;
-    os.precision(17);  // every double written so that it reads back the same
-    os << g.Points() << " 2 0 0\n";
-    for (int i = 0; i < g.Points(); ++i) os << i << ' ' << g.X(i) << ' ' << g.Y(i) << '\n';
-    os << g.Segments() << " 0\n";
-    for (int i = 0; i < g.Segments(); ++i) {
-        os << i << ' ' << g.segments[2 * static_cast<size_t>(i)] << ' '
-           << g.segments[2 * static_cast<size_t>(i) + 1] << '\n';
-    }
-    os << g.Holes() << '\n';
-    for (int i = 0; i < g.Holes(); ++i) {
-        os << i << ' ' << g.holeSeeds[2 * static_cast<size_t>(i)] << ' '
-           << g.holeSeeds[2 * static_cast<size_t>(i) + 1] << '\n';
-    }
-    return os.str();
-}
 
 // The lines of a Triangle input or output file, comments ('#' to the end of
 // the line) and blank lines left out, each split into its fields.
@@ -311,11 +261,6 @@ std::vector<std::vector<std::string>> FileLines(const std::string& path) {
         if (!words.empty()) lines.push_back(std::move(words));
     }
     return lines;
-}
-
-std::string FileText(const std::string& path) {
-    std::ifstream in(path);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 // The command line that runs `triangle -<switches>` on the .poly file, its
@@ -337,14 +282,15 @@ std::string TriangleCommand(const std::string& switches, const std::string& poly
 // the triangles of the .ele file it writes, as zero-based indices
 // (firstNumber is the number of the file's first vertex).
 void RunTriangleProgram(const std::string& polyText, const std::string& switches, int firstNumber,
-                        std::vector<Corners>* triangles) {
+                        std::vector<TriangleCorners>* triangles) {
     const selvora_test::ScratchDir dir("selvora-tessellation");
     ASSERT_FALSE(dir.Path().empty()) << "cannot create a scratch directory";
     const std::string poly = (dir.Path() / "input.poly").string();
     const std::string log = (dir.Path() / "triangle.log").string();
     std::ofstream(poly) << polyText;
     const std::string command = TriangleCommand(switches, poly, log);
-    ASSERT_EQ(std::system(command.c_str()), 0) << command << '\n' << FileText(log);
+    ASSERT_EQ(std::system(command.c_str()), 0) << command << '\n'
+                                               << ReadWholeFile(log).value_or("");
 
     const auto lines = FileLines((dir.Path() / "input.1.ele").string());
     ASSERT_FALSE(lines.empty()) << "no input.1.ele from: " << command;
@@ -363,54 +309,38 @@ void RunTriangleProgram(const std::string& polyText, const std::string& switches
 }
 
 // The reference triangulation of g, with the switches the library uses.
-void Reference(const Pslg& g, std::vector<Corners>* triangles) {
+void Reference(const PlanarGraph& g, std::vector<TriangleCorners>* triangles) {
     RunTriangleProgram(PolyText(g), "pzNPBQ", 0, triangles);
 }
 
 // Triangulates g with the library and requires the same triangles as the
 // triangle program gives; *result receives the library's triangles.
-void ExpectAgreement(const Pslg& g, std::vector<Corners>* result) {
-    std::vector<Corners> expected;
+void ExpectAgreement(const PlanarGraph& g, std::vector<TriangleCorners>* result) {
+    std::vector<TriangleCorners> expected;
     ASSERT_NO_FATAL_FAILURE(Reference(g, &expected));
-    const int count = Tessellate(g);
+    const int count = TessellateInBuffers(g);
     ASSERT_EQ(count, static_cast<int>(expected.size()));
-    *result = ReadTriangles(count);
+    *result = TrianglesInBuffer(count);
     EXPECT_EQ(Canonical(*result), Canonical(expected));
 }
 
 // --- Small shapes ------------------------------------------------------------
 
 TEST(TessellationShapes, TriangleGivesItselfCounterClockwise) {
-    Pslg g;
-    g.AddPoint(0, 0);
-    g.AddPoint(4, 0);
-    g.AddPoint(1, 3);
-    g.AddLoop(0, 3);
-    ASSERT_EQ(Tessellate(g), 1);
-    const Corners t = ReadTriangles(1)[0];
-    EXPECT_GT(Area2(g, t), 0);
     // (0, 1, 2) is counter-clockwise for these points.
-    EXPECT_EQ(Canonical({t}), (std::vector<Corners>{{0, 1, 2}}));
+    ExpectOneTriangle(Triangle(0, 0, 4, 0, 1, 3), {0, 1, 2});
 }
 
 TEST(TessellationShapes, ClockwiseInputComesOutCounterClockwise) {
-    Pslg g;
-    g.AddPoint(0, 0);
-    g.AddPoint(1, 3);
-    g.AddPoint(4, 0);
-    g.AddLoop(0, 3);
-    ASSERT_EQ(Tessellate(g), 1);
-    const Corners t = ReadTriangles(1)[0];
-    EXPECT_GT(Area2(g, t), 0);
-    EXPECT_EQ(Canonical({t}), (std::vector<Corners>{{0, 2, 1}}));
+    ExpectOneTriangle(Triangle(0, 0, 1, 3, 4, 0), {0, 2, 1});
 }
 
 TEST(TessellationShapes, UnitSquareGivesTwoTriangles) {
-    Pslg g;
+    PlanarGraph g;
     g.AddRectangle(0, 0, 1, 1);
-    ASSERT_EQ(Tessellate(g), 2);
+    ASSERT_EQ(TessellateInBuffers(g), 2);
     double area2 = 0;
-    for (const Corners& t : ReadTriangles(2)) {
+    for (const TriangleCorners& t : TrianglesInBuffer(2)) {
         EXPECT_GT(Area2(g, t), 0);
         for (int v : t) EXPECT_TRUE(v >= 0 && v < 4) << v;
         area2 += Area2(g, t);
@@ -419,20 +349,20 @@ TEST(TessellationShapes, UnitSquareGivesTwoTriangles) {
 }
 
 // An outer square [0, 10]^2 and an inner square [4, 6]^2, both as loops.
-Pslg TwoSquares() {
-    Pslg g;
+PlanarGraph TwoSquares() {
+    PlanarGraph g;
     g.AddRectangle(0, 0, 10, 10);
     g.AddRectangle(4, 4, 6, 6);
     return g;
 }
 
 TEST(TessellationShapes, HoleLeavesTheRingOfEightTriangles) {
-    Pslg g = TwoSquares();
+    PlanarGraph g = TwoSquares();
     g.AddHole(5, 5);
     // 8 vertices, all on the boundary of a domain with one hole: 8 + 2 - 2.
-    ASSERT_EQ(Tessellate(g), 8);
+    ASSERT_EQ(TessellateInBuffers(g), 8);
     double area2 = 0;
-    for (const Corners& t : ReadTriangles(8)) {
+    for (const TriangleCorners& t : TrianglesInBuffer(8)) {
         EXPECT_GT(Area2(g, t), 0);
         double x, y;
         Centroid(g, t, &x, &y);
@@ -441,38 +371,38 @@ TEST(TessellationShapes, HoleLeavesTheRingOfEightTriangles) {
         area2 += Area2(g, t);
     }
     EXPECT_EQ(area2, 2.0 * (100 - 4));
-    std::vector<Corners> result;
+    std::vector<TriangleCorners> result;
     ExpectAgreement(g, &result);
 }
 
 TEST(TessellationShapes, NoHolesMeansNoHoleListWhateverTheBufferHolds) {
-    const Pslg g = TwoSquares();
-    std::vector<Corners> expected;
+    const PlanarGraph g = TwoSquares();
+    std::vector<TriangleCorners> expected;
     ASSERT_NO_FATAL_FAILURE(Reference(g, &expected));
     // 8 vertices, 4 of them on the hull: 2 * 8 - 4 - 2.
     ASSERT_EQ(expected.size(), 10u);
 
-    Write(g);
+    WriteToBuffers(g);
     double* holes = GetBuffers().holes;
     for (size_t k = 0; k < kHolesBytes / sizeof(double); k += 2) {
         holes[k] = 5;  // a seed inside the inner square, everywhere
         holes[k + 1] = 5;
     }
     ASSERT_EQ(OV_doTessellation(g.Points(), g.Segments(), 0), 10);
-    EXPECT_EQ(Canonical(ReadTriangles(10)), Canonical(expected));
+    EXPECT_EQ(Canonical(TrianglesInBuffer(10)), Canonical(expected));
     // The same seed counted as one hole does carve the inner square.
     EXPECT_EQ(OV_doTessellation(g.Points(), g.Segments(), 1), 8);
 }
 
 TEST(TessellationShapes, InputBuffersAreLeftForTheNextCall) {
-    const Pslg g = SquareWithInteriorPoints(500, 7);
+    const PlanarGraph g = SquareWithInteriorPoints(500, 7);
     const int expected = 2 * g.Points() - 4 - 2;
-    ASSERT_EQ(Tessellate(g), expected);
-    const std::vector<Corners> first = Canonical(ReadTriangles(expected));
+    ASSERT_EQ(TessellateInBuffers(g), expected);
+    const std::vector<TriangleCorners> first = Canonical(TrianglesInBuffer(expected));
     MarkTriangles();
     // No rewrite of the input: the buffers still hold it.
     ASSERT_EQ(OV_doTessellation(g.Points(), g.Segments(), 0), expected);
-    EXPECT_EQ(Canonical(ReadTriangles(expected)), first);
+    EXPECT_EQ(Canonical(TrianglesInBuffer(expected)), first);
     const Buffers b = GetBuffers();
     EXPECT_TRUE(std::equal(g.xy.begin(), g.xy.end(), b.points));
     EXPECT_TRUE(std::equal(g.segments.begin(), g.segments.end(), b.segments));
@@ -481,12 +411,8 @@ TEST(TessellationShapes, InputBuffersAreLeftForTheNextCall) {
 // --- Input the triangulator cannot take ----------------------------------------
 
 // A triangle whose vertex `bad` gets coordinate value v in x or y.
-Pslg TriangleWith(int bad, bool inY, double v) {
-    Pslg g;
-    g.AddPoint(0, 0);
-    g.AddPoint(4, 0);
-    g.AddPoint(1, 3);
-    g.AddLoop(0, 3);
+PlanarGraph TriangleWith(int bad, bool inY, double v) {
+    PlanarGraph g = Triangle(0, 0, 4, 0, 1, 3);
     g.xy[2 * static_cast<size_t>(bad) + (inY ? 1 : 0)] = v;
     return g;
 }
@@ -499,7 +425,7 @@ TEST(TessellationRefusals, NonFiniteCoordinatesGiveZero) {
             for (bool inY : {false, true}) {
                 SCOPED_TRACE(testing::Message() << v << " at " << bad << (inY ? " y" : " x"));
                 MarkTriangles();
-                EXPECT_EQ(Tessellate(TriangleWith(bad, inY, v)), 0);
+                EXPECT_EQ(TessellateInBuffers(TriangleWith(bad, inY, v)), 0);
                 EXPECT_TRUE(TrianglesUntouched());
             }
         }
@@ -511,20 +437,20 @@ TEST(TessellationRefusals, CoordinatesBeyondTheLimitGiveZero) {
     const double above = std::nextafter(1e75, 2e75);
     for (double v : {above, -above, 1e300, -std::numeric_limits<double>::max()}) {
         SCOPED_TRACE(v);
-        EXPECT_EQ(Tessellate(TriangleWith(2, false, v)), 0);
-        EXPECT_EQ(Tessellate(TriangleWith(1, true, v)), 0);
+        EXPECT_EQ(TessellateInBuffers(TriangleWith(2, false, v)), 0);
+        EXPECT_EQ(TessellateInBuffers(TriangleWith(1, true, v)), 0);
     }
 }
 
 TEST(TessellationRefusals, CoordinatesAtTheLimitAreTriangulated) {
-    Pslg g;
+    PlanarGraph g;
     g.AddPoint(-1e75, -1e75);
     g.AddPoint(1e75, -1e75);
     g.AddPoint(1e75, 1e75);
     g.AddPoint(-1e75, 1e75);
     g.AddLoop(0, 4);
-    ASSERT_EQ(Tessellate(g), 2);
-    for (const Corners& t : ReadTriangles(2)) EXPECT_GT(Area2(g, t), 0);
+    ASSERT_EQ(TessellateInBuffers(g), 2);
+    for (const TriangleCorners& t : TrianglesInBuffer(2)) EXPECT_GT(Area2(g, t), 0);
 }
 
 // Random points and crossing segments spread over the whole allowed range,
@@ -535,13 +461,13 @@ TEST(TessellationRefusals, RandomGraphsAtTheLimitAreTriangulated) {
         SCOPED_TRACE(seed);
         std::mt19937_64 rng(seed);
         std::uniform_real_distribution<double> unit(-1, 1);
-        Pslg g;
+        PlanarGraph g;
         g.AddRectangle(-1e75, -1e75, 1e75, 1e75);
         for (int i = 0; i < 40; ++i) g.AddPoint(unit(rng) * 1e75, unit(rng) * 1e75);
         for (int i = 0; i < 10; ++i) g.AddSegment(4 + int(rng() % 40), 4 + int(rng() % 40));
-        const int count = Tessellate(g);
+        const int count = TessellateInBuffers(g);
         ASSERT_GE(count, 2 * g.Points() - 6);  // crossings only add triangles
-        for (const Corners& t : ReadTriangles(count)) {
+        for (const TriangleCorners& t : TrianglesInBuffer(count)) {
             for (int v : t) ASSERT_GE(v, 0);
         }
     }
@@ -551,11 +477,11 @@ TEST(TessellationRefusals, AllPointsAtOnePlaceGiveZero) {
     for (int n : {3, 4, 100}) {
         for (double x : {0.0, -0.0, 5.0, -1e-300}) {
             SCOPED_TRACE(testing::Message() << n << " points at " << x);
-            Pslg g;
+            PlanarGraph g;
             for (int i = 0; i < n; ++i) g.AddPoint(i % 2 ? x : -x, x);  // -0 == 0
             g.AddLoop(0, 3);
             MarkTriangles();
-            EXPECT_EQ(Tessellate(g), 0);
+            EXPECT_EQ(TessellateInBuffers(g), 0);
             EXPECT_TRUE(TrianglesUntouched());
         }
     }
@@ -566,36 +492,29 @@ TEST(TessellationRefusals, AllPointsAtOnePlaceGiveZero) {
 TEST(TessellationTwins, RepeatedPointsBesideOthersAreTaken) {
     // Five copies of the origin and two more corners, the loop closed through
     // two different copies: one triangle, named by the first copy.
-    Pslg g;
+    PlanarGraph g;
     for (int i = 0; i < 5; ++i) g.AddPoint(0, 0);
     g.AddPoint(1, 0);
     g.AddPoint(0, 1);
     g.AddSegment(0, 5);
     g.AddSegment(5, 6);
     g.AddSegment(6, 4);
-    ASSERT_EQ(Tessellate(g), 1);
-    const Corners t = ReadTriangles(1)[0];
-    EXPECT_GT(Area2(g, t), 0);
-    EXPECT_EQ(Canonical({t}), (std::vector<Corners>{{0, 5, 6}}));
+    ExpectOneTriangle(g, {0, 5, 6});
 }
 
 TEST(TessellationTwins, TwoPlacesAmongThreePointsGiveZeroEveryTime) {
     // Segments ending at both copies of a place: before merging, this crashed
     // the triangulator once a previous call had left memory behind.
-    Pslg h;
-    h.AddPoint(0, 0);
-    h.AddPoint(0, 0);
-    h.AddPoint(0, 1);
-    h.AddLoop(0, 3);
+    const PlanarGraph h = Triangle(0, 0, 0, 0, 0, 1);
     for (int round = 0; round < 50; ++round) {
-        ASSERT_EQ(Tessellate(SquareWithInteriorPoints(20, round)), 2 * 24 - 6);
-        ASSERT_EQ(Tessellate(h), 0);
+        ASSERT_EQ(TessellateInBuffers(SquareWithInteriorPoints(20, round)), 2 * 24 - 6);
+        ASSERT_EQ(TessellateInBuffers(h), 0);
     }
 }
 
 TEST(TessellationTwins, ClosedOutlineRepeatingItsFirstPoint) {
     // A square written as a closed polyline: the last point repeats the first.
-    Pslg g;
+    PlanarGraph g;
     g.AddPoint(0, 0);
     g.AddPoint(10, 0);
     g.AddPoint(10, 10);
@@ -611,23 +530,23 @@ TEST(TessellationTwins, ClosedOutlineRepeatingItsFirstPoint) {
     for (int i = 0; i < 4; ++i) g.AddSegment(hole + i, hole + i + 1);
     g.AddHole(5, 5);
 
-    Pslg plain;  // the same rings without the repeats
+    PlanarGraph plain;  // the same rings without the repeats
     plain.AddRectangle(0, 0, 10, 10);
     plain.AddRectangle(3, 3, 7, 7);
     plain.AddHole(5, 5);
-    const int expected = Tessellate(plain);
+    const int expected = TessellateInBuffers(plain);
     ASSERT_EQ(expected, 8);
-    std::vector<Corners> renumbered = ReadTriangles(expected);
-    for (Corners& t : renumbered) {
+    std::vector<TriangleCorners> renumbered = TrianglesInBuffer(expected);
+    for (TriangleCorners& t : renumbered) {
         for (int& v : t) v = v < 4 ? v : v + 1;  // plain's inner corners sit one later in g
     }
 
-    ASSERT_EQ(Tessellate(g), expected);
-    EXPECT_EQ(Canonical(ReadTriangles(expected)), Canonical(renumbered));
+    ASSERT_EQ(TessellateInBuffers(g), expected);
+    EXPECT_EQ(Canonical(TrianglesInBuffer(expected)), Canonical(renumbered));
 }
 
 TEST(TessellationTwins, MinusZeroIsTheSamePlace) {
-    Pslg g;
+    PlanarGraph g;
     g.AddPoint(0, 0);
     g.AddPoint(-0.0, 0);
     g.AddPoint(1, 0);
@@ -635,34 +554,33 @@ TEST(TessellationTwins, MinusZeroIsTheSamePlace) {
     g.AddSegment(1, 2);
     g.AddSegment(2, 3);
     g.AddSegment(3, 0);
-    ASSERT_EQ(Tessellate(g), 1);
-    EXPECT_EQ(Canonical(ReadTriangles(1)), (std::vector<Corners>{{0, 2, 3}}));
+    ExpectOneTriangle(g, {0, 2, 3});
 }
 
 TEST(TessellationTwins, AddedPointsFollowTheInputPoints) {
     // A square with its first corner repeated and both diagonals: they cross
     // at the centre, which the triangulator adds and numbers after all five
     // input points.
-    Pslg g;
+    PlanarGraph g;
     g.AddRectangle(0, 0, 2, 2);
     g.AddPoint(0, 0);
     g.AddSegment(4, 2);  // a diagonal from the repeated corner
     g.AddSegment(1, 3);
-    ASSERT_EQ(Tessellate(g), 4);
+    ASSERT_EQ(TessellateInBuffers(g), 4);
     std::set<int> corners;
-    for (const Corners& t : ReadTriangles(4)) corners.insert(t.begin(), t.end());
+    for (const TriangleCorners& t : TrianglesInBuffer(4)) corners.insert(t.begin(), t.end());
     EXPECT_EQ(corners, (std::set<int>{0, 1, 2, 3, 5}));
 }
 
 TEST(TessellationTwins, SegmentEndsNamingNoPointAreStillSkipped) {
-    Pslg g;
+    PlanarGraph g;
     g.AddRectangle(0, 0, 1, 1);
     g.AddPoint(1, 1);  // a twin of corner 2, so the input is merged
     g.AddSegment(4, 0);
     g.AddSegment(0, 99);
     g.AddSegment(-1, 2);
-    ASSERT_EQ(Tessellate(g), 2);
-    for (const Corners& t : ReadTriangles(2)) {
+    ASSERT_EQ(TessellateInBuffers(g), 2);
+    for (const TriangleCorners& t : TrianglesInBuffer(2)) {
         for (int v : t) EXPECT_TRUE(v >= 0 && v < 4) << v;
     }
 }
@@ -685,39 +603,26 @@ TEST(TessellationRefusals, CoordinatesNearerToZeroThanTheLimitGiveZero) {
     const double below = std::nextafter(1e-60, 0.0);
     for (double v : {below, -below, 1e-300, 5e-324}) {
         SCOPED_TRACE(v);
-        EXPECT_EQ(Tessellate(TriangleWith(2, false, v)), 0);
+        EXPECT_EQ(TessellateInBuffers(TriangleWith(2, false, v)), 0);
     }
     // Zero and the limit itself are taken.
-    Pslg g;
-    g.AddPoint(0, 0);
-    g.AddPoint(1e-60, -0.0);
-    g.AddPoint(0, 1e-60);
-    g.AddLoop(0, 3);
-    EXPECT_EQ(Tessellate(g), 1);
-}
-
-Pslg FromLists(std::vector<double> xy, std::vector<int> segments, std::vector<double> holes = {}) {
-    Pslg g;
-    g.xy = std::move(xy);
-    g.segments = std::move(segments);
-    g.holeSeeds = std::move(holes);
-    return g;
+    EXPECT_EQ(TessellateInBuffers(Triangle(0, 0, 1e-60, -0.0, 0, 1e-60)), 1);
 }
 
 TEST(TessellationMishandled, RepeatedSegmentIsTakenOnce) {
     // Crossing segments with one given twice: the triangulator alone loops
     // forever on this graph.
     const std::vector<double> xy = {0, 2, 2, 0, 2, 3, 3, 3, 0, 3, 2, 1};
-    const Pslg twice = FromLists(xy, {3, 0, 2, 1, 1, 4, 1, 4});
-    const Pslg once = FromLists(xy, {3, 0, 2, 1, 1, 4});
-    const int expected = Tessellate(once);
+    const PlanarGraph twice{xy, {3, 0, 2, 1, 1, 4, 1, 4}, {}};
+    const PlanarGraph once{xy, {3, 0, 2, 1, 1, 4}, {}};
+    const int expected = TessellateInBuffers(once);
     ASSERT_GT(expected, 0);
-    const std::vector<Corners> triangles = Canonical(ReadTriangles(expected));
-    ASSERT_EQ(Tessellate(twice), expected);
-    EXPECT_EQ(Canonical(ReadTriangles(expected)), triangles);
+    const std::vector<TriangleCorners> triangles = Canonical(TrianglesInBuffer(expected));
+    ASSERT_EQ(TessellateInBuffers(twice), expected);
+    EXPECT_EQ(Canonical(TrianglesInBuffer(expected)), triangles);
     // Reversed, and a segment from a point to itself, change nothing either.
-    ASSERT_EQ(Tessellate(FromLists(xy, {3, 0, 2, 1, 1, 4, 4, 1, 5, 5})), expected);
-    EXPECT_EQ(Canonical(ReadTriangles(expected)), triangles);
+    ASSERT_EQ(TessellateInBuffers(PlanarGraph{xy, {3, 0, 2, 1, 1, 4, 4, 1, 5, 5}, {}}), expected);
+    EXPECT_EQ(Canonical(TrianglesInBuffer(expected)), triangles);
 }
 
 TEST(TessellationMishandled, HoleSeedOutsideTheHullIsDropped) {
@@ -725,34 +630,35 @@ TEST(TessellationMishandled, HoleSeedOutsideTheHullIsDropped) {
     // point 0 to point 2: the triangulator alone crashes while locating it.
     const std::vector<double> xy = {0.5801450915347408,  -0.46754211316073424, -0.3971185579086963,
                                     -0.9642334020563316, -0.4473769072282633,  -0.5448036483671042};
-    const int expected = Tessellate(FromLists(xy, {0, 1}));
+    const int expected = TessellateInBuffers(PlanarGraph{xy, {0, 1}, {}});
     for (double x : {0.2900725457673704, 0.4, 0.5}) {
         SCOPED_TRACE(x);
         const double y = x == 0.4 ? -0.48 : x == 0.5 ? -0.47 : -0.4821167010281658;
-        EXPECT_EQ(Tessellate(FromLists(xy, {0, 1}, {x, y})), expected);
+        EXPECT_EQ(TessellateInBuffers(PlanarGraph{xy, {0, 1}, {x, y}}), expected);
         // Beside seeds that stay, in either order.
-        EXPECT_EQ(Tessellate(FromLists(xy, {0, 1}, {x, y, 5, 5})), expected);
-        EXPECT_EQ(Tessellate(FromLists(xy, {0, 1}, {5, 5, x, y, 6, 6})), expected);
+        EXPECT_EQ(TessellateInBuffers(PlanarGraph{xy, {0, 1}, {x, y, 5, 5}}), expected);
+        EXPECT_EQ(TessellateInBuffers(PlanarGraph{xy, {0, 1}, {5, 5, x, y, 6, 6}}), expected);
     }
 }
 
 TEST(TessellationMishandled, SeedsInsideTheHullStillCarve) {
     // The ring of eight triangles, with seeds outside the hull mixed in.
-    Pslg g;
+    PlanarGraph g;
     g.AddRectangle(0, 0, 10, 10);
     g.AddRectangle(3, 3, 7, 7);
     g.AddHole(-5, 5);
     g.AddHole(5, 5);
     g.AddHole(20, 20);
-    EXPECT_EQ(Tessellate(g), 8);
+    EXPECT_EQ(TessellateInBuffers(g), 8);
 }
 
 TEST(TessellationMishandledDeathTest, EndlessWalkIsAnInternalError) {
     // Segments crossing one another at a point that a third passes through:
     // the triangulator alone turns around that point forever.
-    const Pslg g = FromLists({2, 2, 1, 1, 3, 0, 0, 1, 1, 2, 3, 1, 0, 2, 2, 0},
-                             {7, 1, 3, 0, 7, 4, 5, 3, 3, 2, 6, 7});
-    EXPECT_EXIT(Tessellate(g), ::testing::ExitedWithCode(1), "^内部错误 001\n网格重组错误\n$");
+    const PlanarGraph g{
+        {2, 2, 1, 1, 3, 0, 0, 1, 1, 2, 3, 1, 0, 2, 2, 0}, {7, 1, 3, 0, 7, 4, 5, 3, 3, 2, 6, 7}, {}};
+    EXPECT_EXIT(TessellateInBuffers(g), ::testing::ExitedWithCode(1),
+                "^内部错误 001\n网格重组错误\n$");
 }
 
 // Random graphs of every kind the guards cover: points on a small grid (many
@@ -762,14 +668,14 @@ TEST(TessellationMishandledDeathTest, EndlessWalkIsAnInternalError) {
 // as an internal error of the triangulator (exit status 1), never by a signal
 // or by running on.
 TEST(TessellationMishandledDeathTest, RandomGraphsNeverCrashOrHang) {
-    std::vector<selvora_test::PlanarGraph> graphs;
+    std::vector<PlanarGraph> graphs;
     for (unsigned seed = 0; seed < 300; ++seed) {
         std::mt19937_64 rng(seed);
         std::uniform_real_distribution<double> unit(-1, 1);
         const int n = 3 + int(rng() % 60), ns = int(rng() % 40), nh = int(rng() % 4);
         const int kind = int(rng() % 3);
         const double scale = std::pow(10.0, double(int(rng() % 121)) - 60);
-        Pslg g;
+        PlanarGraph g;
         for (int i = 0; i < n; ++i) {
             if (kind == 0) {
                 g.AddPoint(double(rng() % 4), double(rng() % 4));
@@ -782,7 +688,7 @@ TEST(TessellationMishandledDeathTest, RandomGraphsNeverCrashOrHang) {
         }
         for (int i = 0; i < ns; ++i) g.AddSegment(int(rng() % (n + 2)) - 1, int(rng() % n));
         for (int i = 0; i < nh; ++i) g.AddHole(g.X(int(rng() % n)) / 2, g.Y(int(rng() % n)) / 2);
-        graphs.push_back({g.xy, g.segments, g.holeSeeds});
+        graphs.push_back(g);
     }
     const auto endings = selvora_test::TessellatedInChildren(graphs, 30);
     for (unsigned seed = 0; seed < 300; ++seed) {
@@ -832,10 +738,10 @@ TEST(TessellationBuffers, KeepTheirAddresses) {
     EXPECT_EQ(second.triangles, first.triangles);
     EXPECT_EQ(second.holes, first.holes);
 
-    Pslg g = TwoSquares();
+    PlanarGraph g = TwoSquares();
     g.AddHole(5, 5);
-    ASSERT_EQ(Tessellate(g), 8);
-    ASSERT_EQ(Tessellate(SquareWithInteriorPoints(100, 3)), 2 * 104 - 6);
+    ASSERT_EQ(TessellateInBuffers(g), 8);
+    ASSERT_EQ(TessellateInBuffers(SquareWithInteriorPoints(100, 3)), 2 * 104 - 6);
     const Buffers after = GetBuffers();
     EXPECT_EQ(after.points, first.points);
     EXPECT_EQ(after.segments, first.segments);
@@ -859,13 +765,9 @@ TEST(TessellationBuffers, NullOutParametersAreSkipped) {
 void ExpectRefused(int numPoints, int numSegments, int numHoles) {
     EXPECT_EXIT(
         {
-            Pslg g;
-            g.AddPoint(0, 0);
-            g.AddPoint(1, 0);
-            g.AddPoint(0, 1);
-            g.AddLoop(0, 3);
+            PlanarGraph g = Triangle(0, 0, 1, 0, 0, 1);
             g.AddHole(0.25, 0.25);
-            Write(g);
+            WriteToBuffers(g);
             MarkTriangles();
             const int result = OV_doTessellation(numPoints, numSegments, numHoles);
             std::exit(result == 0 && TrianglesUntouched() ? 0 : 2);
@@ -900,22 +802,22 @@ TEST(TessellationCountsDeathTest, NegativePointCountIsFewerThanThree) {
 // 65,534 triangles.
 TEST(TessellationCapacity, FullPointsAndSegments) {
     constexpr int n = OV_TESSELLATION_MAX_POINTS;
-    Pslg g;
+    PlanarGraph g;
     for (int i = 0; i < n; ++i) g.AddPoint(i, static_cast<double>(i) * i);
     g.AddLoop(0, n);
     ASSERT_EQ(g.Segments(), OV_TESSELLATION_MAX_SEGMENTS);
     MarkTriangles();
-    ASSERT_EQ(Tessellate(g), n - 2);
+    ASSERT_EQ(TessellateInBuffers(g), n - 2);
 
     // Exact integer checks: every triangle counter-clockwise, and together
     // they cover the polygon exactly.
-    auto area2 = [](const Corners& t) {
+    auto area2 = [](const TriangleCorners& t) {
         auto y = [](std::int64_t i) { return i * i; };
         const std::int64_t a = t[0], b = t[1], c = t[2];
         return (b - a) * (y(c) - y(a)) - (c - a) * (y(b) - y(a));
     };
     std::int64_t total = 0;
-    for (const Corners& t : ReadTriangles(n - 2)) {
+    for (const TriangleCorners& t : TrianglesInBuffer(n - 2)) {
         for (int v : t) ASSERT_TRUE(v >= 0 && v < n) << v;
         ASSERT_GT(area2(t), 0);
         total += area2(t);
@@ -934,7 +836,7 @@ TEST(TessellationCapacity, FullPointsAndSegments) {
 // 3,000 square holes of side 2 on a 60 x 50 grid inside the rectangle
 // [0, 600] x [0, 500], a seed in each.
 TEST(TessellationCapacity, FullHoles) {
-    Pslg g;
+    PlanarGraph g;
     g.AddRectangle(0, 0, 600, 500);
     for (int i = 0; i < 60; ++i) {
         for (int j = 0; j < 50; ++j) {
@@ -945,9 +847,9 @@ TEST(TessellationCapacity, FullHoles) {
     ASSERT_EQ(g.Holes(), OV_TESSELLATION_MAX_HOLES);
     // Every vertex is on the boundary of a domain with 3,000 holes: n + 2 * 3000 - 2.
     const int expected = g.Points() + 2 * g.Holes() - 2;
-    ASSERT_EQ(Tessellate(g), expected);
+    ASSERT_EQ(TessellateInBuffers(g), expected);
     double area2 = 0;
-    for (const Corners& t : ReadTriangles(expected)) {
+    for (const TriangleCorners& t : TrianglesInBuffer(expected)) {
         ASSERT_GT(Area2(g, t), 0);
         area2 += Area2(g, t);
         double x, y;
@@ -957,47 +859,47 @@ TEST(TessellationCapacity, FullHoles) {
             << "triangle inside a hole at " << x << ", " << y;
     }
     EXPECT_EQ(area2, 2.0 * (600 * 500 - 3000 * 4));  // integers: exact
-    std::vector<Corners> result;
+    std::vector<TriangleCorners> result;
     ExpectAgreement(g, &result);
 }
 
 // 32,771 points with four on the hull: 2 * 32,771 - 4 - 2 = 65,536 triangles,
 // exactly the capacity.
 TEST(TessellationCapacity, FullTriangles) {
-    const Pslg g = SquareWithInteriorPoints(32767, 11);
+    const PlanarGraph g = SquareWithInteriorPoints(32767, 11);
     MarkTriangles();
-    std::vector<Corners> result;
+    std::vector<TriangleCorners> result;
     ExpectAgreement(g, &result);
     EXPECT_EQ(result.size(), static_cast<size_t>(OV_TESSELLATION_MAX_TRIANGLES));
 }
 
 // One point more gives 65,538 triangles, which do not fit: nothing is written.
 TEST(TessellationCapacity, OneTriangleTooManyIsRefused) {
-    const Pslg g = SquareWithInteriorPoints(32768, 11);
+    const PlanarGraph g = SquareWithInteriorPoints(32768, 11);
     MarkTriangles();
-    EXPECT_EQ(Tessellate(g), 0);
+    EXPECT_EQ(TessellateInBuffers(g), 0);
     EXPECT_TRUE(TrianglesUntouched());
 }
 
 // 60,000 points within the point capacity, four of them on the hull:
 // 2 * 60,000 - 4 - 2 = 119,994 triangles, far more than fit.
 TEST(TessellationCapacity, ResultAboveTheCapacityIsRefused) {
-    const Pslg g = SquareWithInteriorPoints(60000 - 4, 5);
-    std::vector<Corners> reference;
+    const PlanarGraph g = SquareWithInteriorPoints(60000 - 4, 5);
+    std::vector<TriangleCorners> reference;
     ASSERT_NO_FATAL_FAILURE(Reference(g, &reference));
     ASSERT_EQ(reference.size(), 119994u);
     MarkTriangles();
-    EXPECT_EQ(Tessellate(g), 0);
+    EXPECT_EQ(TessellateInBuffers(g), 0);
     EXPECT_TRUE(TrianglesUntouched());
     // The next call that fits works as usual.
-    EXPECT_EQ(Tessellate(SquareWithInteriorPoints(10, 5)), 2 * 14 - 6);
+    EXPECT_EQ(TessellateInBuffers(SquareWithInteriorPoints(10, 5)), 2 * 14 - 6);
 }
 
 // --- Agreement with the triangle program -------------------------------------
 
 // A .poly file as Triangle reads it: the graph with indices made zero-based.
 struct PolyFile {
-    Pslg graph;
+    PlanarGraph graph;
     int firstNumber = 0;
 };
 
@@ -1038,27 +940,28 @@ TEST(TessellationAgreement, TheLetterA) {
     ASSERT_EQ(a.graph.Segments(), 29);
     ASSERT_EQ(a.graph.Holes(), 1);
 
-    std::vector<Corners> result;
+    std::vector<TriangleCorners> result;
     ExpectAgreement(a.graph, &result);  // the zero-based copy
     // Every vertex is on the outline or on the hole's: 29 + 2 * 1 - 2.
     EXPECT_EQ(result.size(), 29u);
-    for (const Corners& t : result) EXPECT_GT(Area2(a.graph, t), 0);
+    for (const TriangleCorners& t : result) EXPECT_GT(Area2(a.graph, t), 0);
 
     // The file itself, numbered from one, gives the same triangles.
-    std::vector<Corners> original;
-    ASSERT_NO_FATAL_FAILURE(RunTriangleProgram(FileText(path), "pNPBQ", 1, &original));
+    std::vector<TriangleCorners> original;
+    ASSERT_NO_FATAL_FAILURE(
+        RunTriangleProgram(ReadWholeFile(path).value_or(""), "pNPBQ", 1, &original));
     EXPECT_EQ(Canonical(original), Canonical(result));
 }
 
 TEST(TessellationAgreement, RandomGraphWithoutCrossings) {
     for (unsigned seed : {21u, 22u}) {
         SCOPED_TRACE(seed);
-        const Pslg g = RandomNonCrossingGraph(seed);
+        const PlanarGraph g = RandomNonCrossingGraph(seed);
         ASSERT_GT(g.Segments(), 500);
-        std::vector<Corners> result;
+        std::vector<TriangleCorners> result;
         ExpectAgreement(g, &result);
         // Nothing crosses, so no vertex is added.
-        for (const Corners& t : result) {
+        for (const TriangleCorners& t : result) {
             for (int v : t) ASSERT_TRUE(v >= 0 && v < g.Points()) << v;
             ASSERT_GT(Area2(g, t), 0);
         }
@@ -1070,13 +973,13 @@ TEST(TessellationAgreement, RandomGraphWithCrossings) {
     for (unsigned seed : {31u, 32u}) {
         SCOPED_TRACE(seed);
         int crossings = 0;
-        const Pslg g = RandomCrossingGraph(seed, 40, &crossings);
+        const PlanarGraph g = RandomCrossingGraph(seed, 40, &crossings);
         ASSERT_GT(crossings, 50);
-        std::vector<Corners> result;
+        std::vector<TriangleCorners> result;
         ExpectAgreement(g, &result);
         // Each crossing adds one vertex, numbered after the input ones.
         std::set<int> added;
-        for (const Corners& t : result) {
+        for (const TriangleCorners& t : result) {
             for (int v : t) {
                 ASSERT_GE(v, 0);
                 if (v >= g.Points()) added.insert(v);
@@ -1093,11 +996,11 @@ TEST(TessellationAgreement, RandomGraphWithCrossings) {
 TEST(TessellationAgreement, RandomGraphWithHoles) {
     for (unsigned seed : {41u, 42u}) {
         SCOPED_TRACE(seed);
-        const Pslg g = RandomGraphWithHoles(seed);
-        std::vector<Corners> result;
+        const PlanarGraph g = RandomGraphWithHoles(seed);
+        std::vector<TriangleCorners> result;
         ExpectAgreement(g, &result);
         ASSERT_GT(result.size(), 3000u);
-        for (const Corners& t : result) {
+        for (const TriangleCorners& t : result) {
             for (int v : t) ASSERT_TRUE(v >= 0 && v < g.Points()) << v;
             ASSERT_GT(Area2(g, t), 0);
             double x, y;
@@ -1115,14 +1018,14 @@ TEST(TessellationAgreement, RandomGraphWithHoles) {
 // --- Calls from two threads --------------------------------------------------
 
 TEST(TessellationConcurrency, TwoThreadsEachGetTheRightCountEveryTime) {
-    const Pslg g = SquareWithInteriorPoints(2000, 51);
+    const PlanarGraph g = SquareWithInteriorPoints(2000, 51);
     const int expected = 2 * g.Points() - 4 - 2;
-    std::vector<Corners> reference;
+    std::vector<TriangleCorners> reference;
     ASSERT_NO_FATAL_FAILURE(Reference(g, &reference));
     ASSERT_EQ(reference.size(), static_cast<size_t>(expected));
 
     // Both threads use the one input in the shared buffers.
-    Write(g);
+    WriteToBuffers(g);
     constexpr int kCalls = 40;
     std::vector<int> counts[2];
     auto work = [&](std::vector<int>* out) {
@@ -1138,7 +1041,7 @@ TEST(TessellationConcurrency, TwoThreadsEachGetTheRightCountEveryTime) {
         ASSERT_EQ(c.size(), static_cast<size_t>(kCalls));
         for (int count : c) EXPECT_EQ(count, expected);
     }
-    EXPECT_EQ(Canonical(ReadTriangles(expected)), Canonical(reference));
+    EXPECT_EQ(Canonical(TrianglesInBuffer(expected)), Canonical(reference));
 }
 
 }  // namespace

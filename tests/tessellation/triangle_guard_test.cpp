@@ -117,14 +117,13 @@ TEST(TriangleGuardDeathTest, ExitsAfterTheirReportsShowTheirTexts) {
 }
 
 // A planar graph handed to the guarded triangulator as it is.
-using Graph = selvora_test::PlanarGraph;
+using Graph = selvora_common::PlanarGraph;
 
 // Triangulates g: the triangle count, or -1 when the run was abandoned.
 int Triangulated(Graph g) {
     selvora_triangulation result{};
-    if (!selvora_triangulate(g.xy.data(), static_cast<int>(g.xy.size() / 2), g.segments.data(),
-                             static_cast<int>(g.segments.size() / 2), g.holes.data(),
-                             static_cast<int>(g.holes.size() / 2), 1u << 20, &result)) {
+    if (!selvora_triangulate(g.xy.data(), g.Points(), g.segments.data(), g.Segments(),
+                             g.holes.data(), g.Holes(), 1u << 20, &result)) {
         return -1;
     }
     const int count = result.count;
@@ -181,9 +180,8 @@ TEST(TriangleGuard, ADeepRunIsAbandonedWhenTheStackRunsShort) {
     // its own room only.
     selvora_triangulation result{};
     Graph g = Grid(20);
-    EXPECT_EQ(
-        0, selvora_triangulate(g.xy.data(), static_cast<int>(g.xy.size() / 2), g.segments.data(),
-                               static_cast<int>(g.segments.size() / 2), nullptr, 0, 64, &result));
+    EXPECT_EQ(0, selvora_triangulate(g.xy.data(), g.Points(), g.segments.data(), g.Segments(),
+                                     nullptr, 0, 64, &result));
     EXPECT_EQ(2, Triangulated(UnitSquare()));
 }
 

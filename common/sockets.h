@@ -17,7 +17,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace selvora_test {
+namespace selvora_common {
 
 #ifdef _WIN32
 using Socket = SOCKET;
@@ -51,4 +51,4 @@ void NoDelay(Socket s);
 // Closing s then resets the connection (RST) instead of ending it in order.
 void ResetOnClose(Socket s);
 
-}  // namespace selvora_test
+}  // namespace selvora_common

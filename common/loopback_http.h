@@ -13,9 +13,9 @@
 #include <thread>
 #include <vector>
 
-#include "support/sockets.h"
+#include "common/sockets.h"
 
-namespace selvora_test {
+namespace selvora_common {
 
 // ---- sockets
 
@@ -87,4 +87,4 @@ class Server {
     std::thread thread_;
 };
 
-}  // namespace selvora_test
+}  // namespace selvora_common

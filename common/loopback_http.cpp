@@ -1,4 +1,4 @@
-#include "support/loopback_http.h"
+#include "common/loopback_http.h"
 
 #include <cctype>
 #include <chrono>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-namespace selvora_test {
+namespace selvora_common {
 
 using namespace std::chrono_literals;
 
@@ -212,4 +212,4 @@ bool Server::ReadRequest(Socket fd, std::string* raw, std::string* path) {
     return true;
 }
 
-}  // namespace selvora_test
+}  // namespace selvora_common

@@ -6,10 +6,10 @@
 //   GArc      cx cy cz radius nx ny nz ux uy uz vx vy vz   (start and end directions)
 //   GCircle   cx cy cz radius nx ny nz
 //   GTriangle ax ay az bx by bz cx cy cz
+#include <selvora/selvora.h>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <selvora/selvora.h>
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "support/sockets.h"
+#include "common/sockets.h"
 
-namespace selvora_test {
+namespace selvora_common {
 
 sockaddr_in Loopback(std::uint16_t port) {
     sockaddr_in address{};
@@ -48,4 +48,4 @@ void ResetOnClose(Socket s) {
     ::setsockopt(s, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&abort), sizeof abort);
 }
 
-}  // namespace selvora_test
+}  // namespace selvora_common

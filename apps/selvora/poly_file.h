@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "planar_graph.h"
+#include "common/planar_graph.h"
 
 namespace selvora_tool {
 
@@ -14,9 +14,9 @@ namespace selvora_tool {
 // read past, as is anything after the hole list (regional attributes). A
 // vertex count of 0 takes the vertices from the .node file of the same name.
 // On failure returns false with "file:line: what is wrong" in error.
-bool ReadPolyFile(const std::string& path, PlanarGraph& graph, std::string& error);
+bool ReadPolyFile(const std::string& path, selvora_common::PlanarGraph& graph, std::string& error);
 
-// Writes graph with vertices numbered from 0, no attributes or markers.
-bool WritePolyFile(const std::string& path, const PlanarGraph& graph);
+// Writes graph as selvora_common::PolyText has it.
+bool WritePolyFile(const std::string& path, const selvora_common::PlanarGraph& graph);
 
 }  // namespace selvora_tool

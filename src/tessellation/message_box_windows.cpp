@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "module/module.h"
+#include "tessellation/message_box.h"
 
 namespace selvora {
 

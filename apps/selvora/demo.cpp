@@ -6,11 +6,16 @@
 #include <filesystem>
 
 #include "commands.h"
-#include "planar_graph.h"
+#include "common/planar_graph.h"
 #include "poly_file.h"
 #include "svg.h"
+#include "triangulation_svg.h"
 
 namespace selvora_tool {
+
+using selvora_common::PlanarGraph;
+using selvora_common::TriangleCorners;
+using selvora_common::Triangulate;
 
 namespace {
 
@@ -121,26 +126,18 @@ PlanarGraph Outline() {
     Circle rim(Point3d(0, 0, 0), 10.0, normal, Point3d(), Point3d());
     OvPnt3dArray rimPoints;
     rim.PointSample(24, rimPoints);
-    for (int i = 0; i < rimPoints.GetSize(); ++i) {
-        graph.points.push_back({rimPoints[i].x, rimPoints[i].y});
-    }
-    const PlanePoint square[] = {{-4, -4}, {4, -4}, {4, 4}, {-4, 4}};
-    for (const PlanePoint& p : square) graph.points.push_back(p);
-
-    const int rimCount = rimPoints.GetSize();
-    for (int i = 0; i < rimCount; ++i) graph.segments.push_back({i, (i + 1) % rimCount});
-    for (int i = 0; i < 4; ++i) {
-        graph.segments.push_back({rimCount + i, rimCount + (i + 1) % 4});
-    }
-    graph.holes.push_back({0.0, 0.0});
+    for (int i = 0; i < rimPoints.GetSize(); ++i) graph.AddPoint(rimPoints[i].x, rimPoints[i].y);
+    graph.AddLoop(0, rimPoints.GetSize());
+    graph.AddRectangle(-4, -4, 4, 4);
+    graph.AddHole(0, 0);
     return graph;
 }
 
 int TessellationDemo(const std::filesystem::path& dir) {
     std::printf("\nAn outline with a hole triangulated through the buffers\n");
     const PlanarGraph graph = Outline();
-    std::printf("  %-28s %zu points, %zu segments, %zu hole\n", "circle of 24 with a square",
-                graph.points.size(), graph.segments.size(), graph.holes.size());
+    std::printf("  %-28s %d points, %d segments, %d hole\n", "circle of 24 with a square",
+                graph.Points(), graph.Segments(), graph.Holes());
     std::vector<TriangleCorners> triangles;
     std::string error;
     if (!Triangulate(graph, triangles, error)) return Fail(error);

@@ -1,8 +1,8 @@
 #include <climits>
 
-#include "support/sockets.h"
+#include "common/sockets.h"
 
-namespace selvora_test {
+namespace selvora_common {
 
 namespace {
 
@@ -41,4 +41,4 @@ long Send(Socket s, const char* bytes, std::size_t size) {
     return ::send(s, bytes, Clamp(size), 0);
 }
 
-}  // namespace selvora_test
+}  // namespace selvora_common

@@ -3,10 +3,16 @@
 #include <filesystem>
 
 #include "commands.h"
-#include "planar_graph.h"
+#include "common/planar_graph.h"
 #include "poly_file.h"
+#include "triangulation_svg.h"
 
 namespace selvora_tool {
+
+using selvora_common::PlanarGraph;
+using selvora_common::TriangleCorners;
+using selvora_common::Triangulate;
+using selvora_common::UsesAddedPoints;
 
 namespace {
 
@@ -39,9 +45,9 @@ int RunTessellate(const std::string& polyPath, const std::string& svgPath) {
     if (!WriteTriangulationSvg(out, title, graph, triangles)) {
         return Fail("cannot write " + out);
     }
-    std::printf("%s: %s, %s, %s\n", polyPath.c_str(), Counted(graph.points.size(), "point").c_str(),
-                Counted(graph.segments.size(), "segment").c_str(),
-                Counted(graph.holes.size(), "hole").c_str());
+    std::printf("%s: %s, %s, %s\n", polyPath.c_str(), Counted(graph.Points(), "point").c_str(),
+                Counted(graph.Segments(), "segment").c_str(),
+                Counted(graph.Holes(), "hole").c_str());
     std::printf("%s\n", Counted(triangles.size(), "triangle").c_str());
     size_t hidden = 0;
     for (const TriangleCorners& t : triangles) hidden += UsesAddedPoints(graph, t) ? 1 : 0;

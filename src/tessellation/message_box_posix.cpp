@@ -2,7 +2,7 @@
 // standard error.
 #include <cstdio>
 
-#include "module/module.h"
+#include "tessellation/message_box.h"
 
 namespace selvora {
 

@@ -11,6 +11,8 @@
 
 namespace selvora_tool {
 
+using selvora_common::PlanarGraph;
+
 namespace {
 
 // The significant lines of a file: comments stripped, blank lines skipped,
@@ -88,13 +90,13 @@ bool NextEntry(LineReader& in, const char* what, long long i, long long count,
     return false;
 }
 
-bool ReadPoint(const std::vector<std::string>& words, LineReader& in, const char* what,
-               PlanePoint& p, std::string& error) {
+bool ReadPoint(const std::vector<std::string>& words, LineReader& in, const char* what, double& x,
+               double& y, std::string& error) {
     if (words.size() < 3) {
         error = in.Where() + "a " + what + " line needs a number and two coordinates";
         return false;
     }
-    if (!ParseCoordinate(words[1], p.x) || !ParseCoordinate(words[2], p.y)) {
+    if (!ParseCoordinate(words[1], x) || !ParseCoordinate(words[2], y)) {
         error =
             in.Where() + "the coordinates of " + what + " " + words[0] + " are not finite numbers";
         return false;
@@ -135,9 +137,9 @@ bool ReadVertices(LineReader& in, PlanarGraph& graph, long long& first, bool& fr
                     std::to_string(first + i) + ")";
             return false;
         }
-        PlanePoint p;
-        if (!ReadPoint(words, in, "vertex", p, error)) return false;
-        graph.points.push_back(p);
+        double x, y;
+        if (!ReadPoint(words, in, "vertex", x, y, error)) return false;
+        graph.AddPoint(x, y);
     }
     return true;
 }
@@ -146,7 +148,7 @@ bool ReadSegments(LineReader& in, PlanarGraph& graph, long long first, std::stri
     std::vector<std::string> words;
     long long count;
     if (!ReadCount(in, "segments", words, count, error)) return false;
-    const long long last = first + (long long)graph.points.size() - 1;
+    const long long last = first + graph.Points() - 1;
     for (long long i = 0; i < count; ++i) {
         if (!NextEntry(in, "segments", i, count, words, error)) return false;
         if (words.size() < 3) {
@@ -160,7 +162,7 @@ bool ReadSegments(LineReader& in, PlanarGraph& graph, long long first, std::stri
                     words[2] + ")";
             return false;
         }
-        graph.segments.push_back({int(a - first), int(b - first)});
+        graph.AddSegment(int(a - first), int(b - first));
     }
     return true;
 }
@@ -171,9 +173,9 @@ bool ReadHoles(LineReader& in, PlanarGraph& graph, std::string& error) {
     if (!ReadCount(in, "holes", words, count, error)) return false;
     for (long long i = 0; i < count; ++i) {
         if (!NextEntry(in, "holes", i, count, words, error)) return false;
-        PlanePoint p;
-        if (!ReadPoint(words, in, "hole", p, error)) return false;
-        graph.holes.push_back(p);
+        double x, y;
+        if (!ReadPoint(words, in, "hole", x, y, error)) return false;
+        graph.AddHole(x, y);
     }
     return true;
 }
@@ -215,21 +217,8 @@ bool ReadPolyFile(const std::string& path, PlanarGraph& graph, std::string& erro
 bool WritePolyFile(const std::string& path, const PlanarGraph& graph) {
     FILE* file = std::fopen(path.c_str(), "w");
     if (!file) return false;
-    std::fprintf(file, "# %zu vertices: number, x, y\n%zu 2 0 0\n", graph.points.size(),
-                 graph.points.size());
-    for (size_t i = 0; i < graph.points.size(); ++i) {
-        std::fprintf(file, "%zu %.17g %.17g\n", i, graph.points[i].x, graph.points[i].y);
-    }
-    std::fprintf(file, "# segments: number, first and second vertex\n%zu 0\n",
-                 graph.segments.size());
-    for (size_t i = 0; i < graph.segments.size(); ++i) {
-        std::fprintf(file, "%zu %d %d\n", i, graph.segments[i][0], graph.segments[i][1]);
-    }
-    std::fprintf(file, "# holes: number, x, y of a point inside\n%zu\n", graph.holes.size());
-    for (size_t i = 0; i < graph.holes.size(); ++i) {
-        std::fprintf(file, "%zu %.17g %.17g\n", i, graph.holes[i].x, graph.holes[i].y);
-    }
-    const bool ok = !std::ferror(file);
+    const std::string text = selvora_common::PolyText(graph);
+    const bool ok = std::fwrite(text.data(), 1, text.size(), file) == text.size();
     return std::fclose(file) == 0 && ok;
 }
 

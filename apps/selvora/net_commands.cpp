@@ -8,9 +8,12 @@
 #include <selvora/selvora.h>
 #include <climits>
 #include <cstdio>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "commands.h"
+#include "common/whole_file.h"
 
 namespace selvora_tool {
 
@@ -21,7 +24,8 @@ std::vector<char> Writable(const std::string& text) {
     return std::vector<char>(text.c_str(), text.c_str() + text.size() + 1);
 }
 
-bool ReadWholeFile(const std::string& path, std::vector<unsigned char>& bytes, std::string& error) {
+// The request body: the file's bytes, or false with a message in error.
+bool ReadBody(const std::string& path, std::string& bytes, std::string& error) {
     struct stat info;
     if (stat(path.c_str(), &info) != 0 || (info.st_mode & S_IFMT) != S_IFREG) {
         error = path + ": no such file";
@@ -31,16 +35,14 @@ bool ReadWholeFile(const std::string& path, std::vector<unsigned char>& bytes, s
         error = path + ": larger than the 2 GiB a request body can carry";
         return false;
     }
-    FILE* file = std::fopen(path.c_str(), "rb");
-    if (!file) {
-        error = path + ": cannot open";
+    std::string failure;
+    std::optional<std::string> contents = selvora_common::ReadWholeFile(path, &failure);
+    if (!contents) {
+        error = path + ": " + failure;
         return false;
     }
-    bytes.resize(size_t(info.st_size));
-    const bool ok = std::fread(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    std::fclose(file);
-    if (!ok) error = path + ": cannot read";
-    return ok;
+    bytes = std::move(*contents);
+    return true;
 }
 
 }  // namespace
@@ -74,14 +76,14 @@ int RunFetch(const std::string& url, const std::string& outPath) {
 }
 
 int RunMatrix(const std::string& url, const std::string& dataPath) {
-    std::vector<unsigned char> data;
+    std::string data;
     std::string error;
-    if (!ReadWholeFile(dataPath, data, error)) return Fail(error);
+    if (!ReadBody(dataPath, data, error)) return Fail(error);
     unsigned char none = 0;  // an empty body still needs a valid address
     std::vector<char> address = Writable(url);
     Matrix3d matrix;
-    if (!GetMatrixInternet(address.data(), address.data(), data.empty() ? &none : data.data(),
-                           int(data.size()), &matrix)) {
+    unsigned char* body = data.empty() ? &none : reinterpret_cast<unsigned char*>(&data[0]);
+    if (!GetMatrixInternet(address.data(), address.data(), body, int(data.size()), &matrix)) {
         return Fail(url +
                     ": no matrix (not an http:// or https:// URL, no answer, a status other "
                     "than 2xx, or fewer than 128 bytes)");

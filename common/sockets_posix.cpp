@@ -3,9 +3,9 @@
 
 #include <cerrno>
 
-#include "support/sockets.h"
+#include "common/sockets.h"
 
-namespace selvora_test {
+namespace selvora_common {
 
 Socket NewSocket() {
     const Socket s = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -40,4 +40,4 @@ long Send(Socket s, const char* bytes, std::size_t size) {
     return static_cast<long>(n);
 }
 
-}  // namespace selvora_test
+}  // namespace selvora_common
