@@ -161,7 +161,7 @@ void Circular() {
 }
 
 // The program itself calls no function of the C maths library: the client's
-// own sin and cos are not the library's (see the README).
+// own sin and cos are not the library's (see docs/trigonometry.md).
 
 // The record each class writes, as hex bytes.
 void PrintRecord(const std::string& name, Geometry& g) {
