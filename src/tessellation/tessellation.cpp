@@ -76,10 +76,12 @@ int OV_doTessellation(int numPoints, int numSegments, int numHoles) {
     // The triangulator's own first check of its input, made before calling
     // it, so that it reports like every other fatal condition.
     if (numPoints < 3) selvora::Die(selvora::FatalKind::kExit, "transfernodes", 1);
-    if (!TriangulatorCanTake(b.points, numPoints)) return 0;
 
     try {
+        // Every read of the buffers, the check of the points included, and the
+        // write of the triangles happen under the lock.
         std::lock_guard<std::mutex> lock(g_tessellationMutex);
+        if (!TriangulatorCanTake(b.points, numPoints)) return 0;
         selvora::TriangulatorInput input(b.points, numPoints, b.segments, numSegments, b.holes,
                                          numHoles);
         if (input.NumPoints() < 3) return 0;  // two places: no triangle

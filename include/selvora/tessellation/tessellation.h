@@ -58,6 +58,12 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 ///
 /// Fewer than 3 points (a negative count included), running out of memory, or
 /// an internal error of the triangulator (a search around a vertex that never
-/// ends included) reports on stderr and ends the process with status 1. Calls
-/// are serialised, but the buffers are shared by the whole process.
+/// ends included) reports on stderr and ends the process with status 1.
+///
+/// Threads: calls are serialised, and the library reads and writes the
+/// buffers only under its own lock. But the buffers are one set for the whole
+/// process: a client that uses them from several threads must hold one lock of
+/// its own around writing the input, the call and reading the triangles, or
+/// one thread's call may triangulate another thread's graph or overwrite its
+/// triangles.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
