@@ -9,10 +9,10 @@
 // smaller magnitude by the larger; acos(x) is pi/2 - sigma asin(|x|), or
 // atan2(sqrt(1 - x^2), x) near +-1. The ways to the angle, by the table point
 // c nearest z (or |x| for acos):
-//   - atan and atan2 take z = n/d as a double-double (Divide, one division)
-//     and the Taylor expansion of atan around c = i/256, i >= 1
+//   - atan and atan2 take z = n/d as a double-double (Divide: n/d and 1/d
+//     side by side) and the Taylor expansion of atan around c = i/256, i >= 1
 //     (AtanFromExpansion); for z <= 2^-9, c = 0 and the series of atan(z)
-//     itself (FinishQuotient).
+//     itself (Finish).
 //   - acos below 0.96875 takes the Taylor expansion of asin around a point
 //     j/512 or j/2048 (AcosFromExpansion), with no square root or division.
 //   - acos from 0.96875 on turns the unit vector (|x|, sqrt(1 - x^2)) by
@@ -220,21 +220,6 @@ inline bool Finish(DoubleDouble a, double sigma, double u_hi, double early, doub
     return RoundsToOne(h.hi, lo, err, result);
 }
 
-// Finish for a quotient u from Divide (atan's series): its low part alone,
-// and last.
-inline bool FinishQuotient(DoubleDouble a, double sigma, DoubleDouble u, double* result) {
-    using Series = AtanSeries;
-    const double s = u.hi * u.hi;
-    const double m = u.hi * s;
-    const double sigma_g =
-        m * (sigma * Series::c3) + (m * s) * (sigma * Series::c5 + s * (sigma * Series::c7));
-    const DoubleDouble h = FastTwoSum(a.hi, sigma * u.hi);
-    const double slope = sigma + (sigma * Series::slope) * s;
-    const double lo = ((h.lo + a.lo) + sigma_g) + u.lo * slope;
-    const double err = Series::cube_error * std::fabs(m) + kRelativeError * h.hi;
-    return RoundsToOne(h.hi, lo, err, result);
-}
-
 // The quadrant of atan2 and acos: theta = Q + sigma atan(n / d), n the smaller
 // of the two magnitudes (swapped: |y| > |x|).
 struct Quadrant {
@@ -369,8 +354,10 @@ inline bool AtanFromExpansion(DoubleDouble k, double sigma, const TablePoint& t,
 // rounded theta in *result and returns true when the rounding test decides.
 inline bool AtanOfRatio(DoubleDouble z, const Quadrant& quadrant, double* result) {
     if (z.hi <= 0x1p-9) {
-        // c = 0: u = z, |u| <= 2^-9 (1 + 2^-51).
-        return FinishQuotient({quadrant.q_hi, quadrant.q_lo}, quadrant.sigma, z, result);
+        // c = 0: u = z, |u| <= 2^-9 (1 + 2^-51), its low part |z.lo| <= 1.01 eps
+        // and last.
+        return Finish<AtanSeries>({quadrant.q_hi, quadrant.q_lo}, quadrant.sigma, z.hi, 0.0, z.lo,
+                                  result);
     }
     const TablePoint t = NearestPoint(z.hi);
     return AtanFromExpansion(ConstantPart(quadrant.q_hi, quadrant.q_lo, quadrant.sigma, t.i),
@@ -429,27 +416,29 @@ double Atan2(double y, double x) {
         return Atan2ZeroOrInfinity(y, x);
 
     const bool swapped = ay > ax;
-    double n = std::min(ax, ay);
-    double d = std::max(ax, ay);
+    const double n = std::min(ax, ay);
+    const double d = std::max(ax, ay);
     const Quadrant& quadrant = QuadrantOf(swapped, std::signbit(x));
     // Scale n and d by the same power of two (z = n/d does not change) so that
     // 2^-500 <= d <= 2^500 and Divide's products neither overflow nor
     // underflow. Exactly, but for n < 2^-422 when d > 2^500: then z < 2^-922,
     // and the tiny-ratio case takes z from the unscaled values. Otherwise
     // z >= 2^-54 keeps n above 2^-555.
+    double ns = n;
+    double ds = d;
     if (d > 0x1p500) {
-        n *= 0x1p-600;
-        d *= 0x1p-600;
+        ns *= 0x1p-600;
+        ds *= 0x1p-600;
     } else if (d < 0x1p-500) {
-        n *= 0x1p600;
-        d *= 0x1p600;
+        ns *= 0x1p600;
+        ds *= 0x1p600;
     }
     double r;
-    const DoubleDouble z = Divide(n, d);
+    const DoubleDouble z = Divide(ns, ds);
     if (z.hi < 0x1p-54) {
         // A tiny ratio, z < 2^-54 (z.hi = RN(z); or z < 2^-922 when scaling
         // rounded n). zh = RN(z), from the unscaled magnitudes.
-        const double zh = std::min(ax, ay) / std::max(ax, ay);
+        const double zh = n / d;
         if (quadrant.q_hi == 0.0) {
             // theta = atan(z) lies in [z - z^3/3, z]. Write n = N 2^e,
             // d = D 2^f (N, D < 2^53 integers) and let m = M 2^k (M odd,
