@@ -1,4 +1,5 @@
 # AddressSanitizer and UndefinedBehaviorSanitizer: the flags, written once.
+include_guard(GLOBAL)
 #
 # SELVORA_SANITIZER_FLAGS are the compile flags every instrumented piece uses
 # (the whole build with SELVORA_SANITIZE=ON, the library and the fuzz targets

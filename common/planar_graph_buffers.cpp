@@ -27,6 +27,14 @@ std::string Magnitude(double value) {
     return s.substr(0, e + 1) + sign + s.substr(digits);
 }
 
+// More than a buffer holds: says so in error.
+bool TooMany(std::size_t count, int capacity, const char* what, std::string& error) {
+    if (count <= std::size_t(capacity)) return false;
+    error =
+        Count(count) + " " + what + " are more than the " + Count(capacity) + " the buffer holds";
+    return true;
+}
+
 bool CheckCounts(const PlanarGraph& graph, std::string& error) {
     const std::size_t points = graph.xy.size() / 2;
     const std::size_t segments = graph.segments.size() / 2;
@@ -35,19 +43,9 @@ bool CheckCounts(const PlanarGraph& graph, std::string& error) {
         error = "a triangulation needs at least 3 points, the graph has " + Count(points);
         return false;
     }
-    if (points > std::size_t(OV_TESSELLATION_MAX_POINTS)) {
-        error = Count(points) + " points are more than the " + Count(OV_TESSELLATION_MAX_POINTS) +
-                " the buffer holds";
-        return false;
-    }
-    if (segments > std::size_t(OV_TESSELLATION_MAX_SEGMENTS)) {
-        error = Count(segments) + " segments are more than the " +
-                Count(OV_TESSELLATION_MAX_SEGMENTS) + " the buffer holds";
-        return false;
-    }
-    if (holes > std::size_t(OV_TESSELLATION_MAX_HOLES)) {
-        error = Count(holes) + " holes are more than the " + Count(OV_TESSELLATION_MAX_HOLES) +
-                " the buffer holds";
+    if (TooMany(points, OV_TESSELLATION_MAX_POINTS, "points", error) ||
+        TooMany(segments, OV_TESSELLATION_MAX_SEGMENTS, "segments", error) ||
+        TooMany(holes, OV_TESSELLATION_MAX_HOLES, "holes", error)) {
         return false;
     }
     for (std::size_t i = 0; i < points; ++i) {
