@@ -55,6 +55,8 @@ static struct {
     const char* reportFunction; /* the last report outside internalerror() */
     int reportLine;
     int internalErrorReported;
+    int checked;                     /* fatal conditions abandon the run */
+    enum selvora_run_outcome ending; /* why a checked run was abandoned */
 } g_run;
 
 static struct block g_blocks = {&g_blocks, &g_blocks};
@@ -92,11 +94,24 @@ static int ErrorOrdinal(const char* function, int line) {
 
 __attribute__((noreturn)) static void Abandon(void) { longjmp(g_run.abandon, 1); }
 
+/* A fatal condition: the library's message boxes and the end of the process,
+ * or, in a checked run, the run abandoned with the condition kept. */
+__attribute__((noreturn)) static void Fatal(enum selvora_triangle_condition condition,
+                                            const char* function, int ordinal) {
+    if (g_run.checked) {
+        const int outOfMemory = condition == SELVORA_TRIANGLE_OUT_OF_MEMORY ||
+                                (function && strcmp(function, "trimalloc") == 0);
+        g_run.ending = outOfMemory ? SELVORA_RUN_OUT_OF_MEMORY : SELVORA_RUN_FAILED;
+        Abandon();
+    }
+    selvora_triangle_fatal(condition, function, ordinal);
+}
+
 void selvora_triangle_overrun(void) {
     /* A walk around a vertex that never finds its way is what Triangle
      * reports as the first internal error of finddirection(). */
     if (g_run.frames[g_run.depth].function == selvora_triangle_finddirection)
-        selvora_triangle_fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, "finddirection", 1);
+        Fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, "finddirection", 1);
     Abandon();
 }
 
@@ -120,7 +135,7 @@ SELVORA_HIDDEN void __cyg_profile_func_enter(void* function, void* callSite) {
     SELVORA_TRIANGLE_STEP(); /* the call is work of the caller */
     if (g_run.depth >= g_run.depthBudget || StackUsed() > g_run.stackRoom) Abandon();
     if (g_run.depth + 1 == g_run.capacity && !GrowFrames())
-        selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
+        Fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
     ++g_run.depth;
     g_run.frames[g_run.depth].function = function;
     g_run.frames[g_run.depth].work = 0;
@@ -149,10 +164,10 @@ int selvora_triangle_report(const char* function, int line, const char* format, 
 void selvora_triangle_exit(int status) {
     (void)status;
     if (g_run.internalErrorReported) {
-        selvora_triangle_fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, g_run.reportFunction,
-                               ErrorOrdinal(g_run.reportFunction, g_run.reportLine));
+        Fatal(SELVORA_TRIANGLE_INTERNAL_ERROR, g_run.reportFunction,
+              ErrorOrdinal(g_run.reportFunction, g_run.reportLine));
     }
-    selvora_triangle_fatal(SELVORA_TRIANGLE_EXIT, g_run.reportFunction, 0);
+    Fatal(SELVORA_TRIANGLE_EXIT, g_run.reportFunction, 0);
 }
 
 void* selvora_triangle_malloc(size_t size) {
@@ -180,17 +195,20 @@ void selvora_triangulation_release(void) {
     while (g_blocks.next != &g_blocks) selvora_triangle_free(g_blocks.next + 1);
 }
 
-static void BeginRun(size_t items, uintptr_t stackStart, size_t stackRoom) {
+/* Returns 0 when the guard's own bookkeeping finds no memory. */
+static int BeginRun(size_t items, uintptr_t stackStart, size_t stackRoom, int checked) {
     memset(&g_run, 0, sizeof g_run);
     g_run.items = items;
     g_run.capacity = 256;
     g_run.frames = (struct frame*)calloc(g_run.capacity, sizeof *g_run.frames);
-    if (!g_run.frames) selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
+    if (!g_run.frames) return 0;
     g_run.stackStart = stackStart;
     g_run.stackRoom = stackRoom;
+    g_run.checked = checked;
     g_run.active = 1;
     selvora_triangle_work = &g_run.frames[0].work;
     SetBudgets();
+    return 1;
 }
 
 static void EndRun(void) {
@@ -201,16 +219,37 @@ static void EndRun(void) {
     g_run.frames = NULL;
 }
 
-int selvora_triangulate(double* xy, int numPoints, int* segments, int numSegments, double* holes,
-                        int numHoles, size_t stackRoom, struct selvora_triangulation* result) {
-    BeginRun((size_t)numPoints + (size_t)numSegments + (size_t)numHoles,
-             (uintptr_t)__builtin_frame_address(0), stackRoom);
+/* One guarded run; `stackStart` is the caller's frame. */
+static enum selvora_run_outcome Run(double* xy, int numPoints, int* segments, int numSegments,
+                                    double* holes, int numHoles, size_t stackRoom, int checked,
+                                    uintptr_t stackStart, struct selvora_triangulation* result) {
+    if (!BeginRun((size_t)numPoints + (size_t)numSegments + (size_t)numHoles, stackStart, stackRoom,
+                  checked)) {
+        if (!checked) selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);
+        return SELVORA_RUN_OUT_OF_MEMORY;
+    }
+    g_run.ending = SELVORA_RUN_ABANDONED;
     if (setjmp(g_run.abandon)) {
+        const enum selvora_run_outcome ending = g_run.ending;
         EndRun();
         selvora_triangulation_release();
-        return 0;
+        return ending;
     }
-    selvora_triangle_run(xy, numPoints, segments, numSegments, holes, numHoles, result);
+    selvora_triangle_run(xy, numPoints, segments, numSegments, holes, numHoles, checked, result);
     EndRun();
-    return 1;
+    return SELVORA_RUN_DONE;
+}
+
+int selvora_triangulate(double* xy, int numPoints, int* segments, int numSegments, double* holes,
+                        int numHoles, size_t stackRoom, struct selvora_triangulation* result) {
+    return Run(xy, numPoints, segments, numSegments, holes, numHoles, stackRoom, 0,
+               (uintptr_t)__builtin_frame_address(0), result) == SELVORA_RUN_DONE;
+}
+
+enum selvora_run_outcome selvora_triangulate_checked(double* xy, int numPoints, int* segments,
+                                                     int numSegments, double* holes, int numHoles,
+                                                     size_t stackRoom,
+                                                     struct selvora_triangulation* result) {
+    return Run(xy, numPoints, segments, numSegments, holes, numHoles, stackRoom, 1,
+               (uintptr_t)__builtin_frame_address(0), result);
 }

@@ -29,6 +29,8 @@ extern "C" {
 struct selvora_triangulation {
     const int* corners;
     int count;
+    const double* xy; /* a checked run's vertices, added ones last; else null */
+    int numPoints;
 };
 
 /* Triangulates the graph with the switches "pzNPBQ". `stackRoom` is how many
@@ -38,6 +40,23 @@ struct selvora_triangulation {
  * process through selvora_triangle_fatal(). */
 int selvora_triangulate(double* xy, int numPoints, int* segments, int numSegments, double* holes,
                         int numHoles, size_t stackRoom, struct selvora_triangulation* result);
+
+/* How a checked run ended. */
+enum selvora_run_outcome {
+    SELVORA_RUN_DONE,         /* the result is filled in */
+    SELVORA_RUN_ABANDONED,    /* it went past a bound */
+    SELVORA_RUN_FAILED,       /* the triangulator gave up (an internal error) */
+    SELVORA_RUN_OUT_OF_MEMORY /* an allocation failed */
+};
+
+/* selvora_triangulate() that never ends the process: every fatal condition of
+ * the triangulator abandons the run instead (everything it allocated is
+ * released) and is told apart in the outcome. The switches are "pzPBQ": the
+ * result holds the vertices as well, the input points first. */
+enum selvora_run_outcome selvora_triangulate_checked(double* xy, int numPoints, int* segments,
+                                                     int numSegments, double* holes, int numHoles,
+                                                     size_t stackRoom,
+                                                     struct selvora_triangulation* result);
 
 /* Releases what the last triangulation allocated, its result included. */
 void selvora_triangulation_release(void);
@@ -62,9 +81,10 @@ __attribute__((noreturn)) void selvora_triangle_exit(int status);
 void* selvora_triangle_malloc(size_t size);
 void selvora_triangle_free(void* block);
 
-/* Triangle itself, called with the switches "pzNPBQ" (triangle_unit.c). */
+/* Triangle itself, called with the switches "pzNPBQ", or "pzPBQ" (the
+ * vertices returned too) when `withVertices` (triangle_unit.c). */
 void selvora_triangle_run(double* xy, int numPoints, int* segments, int numSegments, double* holes,
-                          int numHoles, struct selvora_triangulation* result);
+                          int numHoles, int withVertices, struct selvora_triangulation* result);
 
 /* Triangle's exact orientation of the points a, b, c: positive when they
  * turn counter-clockwise, negative clockwise, 0 on one line. Not to be called

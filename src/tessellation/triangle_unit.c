@@ -28,12 +28,15 @@
 #include "triangle.c"
 
 /* Triangle's entry, with the library's switches: PSLG (segments are
- * constraints, holes are carved), zero-based, no output vertices, segments or
- * boundary markers, quiet. Triangle allocates the triangle list itself. */
+ * constraints, holes are carved), zero-based, no output segments or boundary
+ * markers, quiet; output vertices only when asked for. Triangle allocates the
+ * output lists itself. */
 __attribute__((no_instrument_function)) void selvora_triangle_run(
     double* xy, int numPoints, int* segments, int numSegments, double* holes, int numHoles,
-    struct selvora_triangulation* result) {
-    static char switches[] = "pzNPBQ";
+    int withVertices, struct selvora_triangulation* result) {
+    static char withoutVertexSwitches[] = "pzNPBQ";
+    static char withVertexSwitches[] = "pzPBQ";
+    char* switches = withVertices ? withVertexSwitches : withoutVertexSwitches;
     struct triangulateio in, out;
     memset(&in, 0, sizeof in);
     in.pointlist = xy;
@@ -46,6 +49,8 @@ __attribute__((no_instrument_function)) void selvora_triangle_run(
     triangulate(switches, &in, &out, NULL);
     result->corners = out.trianglelist;
     result->count = out.numberoftriangles;
+    result->xy = withVertices ? out.pointlist : NULL;
+    result->numPoints = withVertices ? out.numberofpoints : 0;
 }
 
 /* Triangle's exact orientation predicate, for the library's own tests of

@@ -84,6 +84,8 @@ TEST_F(Exports, TessellationIsExported) {
     EXPECT_TRUE(Has(SELVORA_NAME("_Z24OV_getTessellationBufferPPdPPiS2_S0_",
                                  "?OV_getTessellationBuffer@@YAXPEAPEANPEAPEAH10@Z")));
     EXPECT_TRUE(Has(SELVORA_NAME("_Z17OV_doTessellationiii", "?OV_doTessellation@@YAHHHH@Z")));
+    EXPECT_TRUE(Has(SELVORA_NAME("_Z24OV_doTessellationCheckediiiPi",
+                                 "?OV_doTessellationChecked@@YAHHHHPEAH@Z")));
 }
 
 // The shapes of the names a client's linker looks for: constructors, an

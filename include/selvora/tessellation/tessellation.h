@@ -22,6 +22,30 @@ constexpr double OV_TESSELLATION_MAX_COORDINATE = 1e75;
 /// below it the triangulator's exact arithmetic would underflow.
 constexpr double OV_TESSELLATION_MIN_COORDINATE = 1e-60;
 
+// What OV_doTessellationChecked returns when it triangulates nothing. Every
+// value is below zero; the buffers are then as they were.
+
+/// Fewer than 3 points (a negative count included).
+constexpr int OV_TESSELLATION_TOO_FEW_POINTS = -1;
+/// A count of segments or holes below 0, or a count above its buffer's capacity.
+constexpr int OV_TESSELLATION_BAD_COUNT = -2;
+/// A segment end that names no point (below 0 or not below the point count).
+constexpr int OV_TESSELLATION_BAD_SEGMENT = -3;
+/// A point or hole seed coordinate that OV_isTessellationCoordinate refuses:
+/// NaN, infinite, or out of its range.
+constexpr int OV_TESSELLATION_BAD_COORDINATE = -4;
+/// The triangles would not fit the triangles buffer.
+constexpr int OV_TESSELLATION_TRIANGLES_FULL = -5;
+/// The input points and the added vertices would not fit the points buffer.
+constexpr int OV_TESSELLATION_POINTS_FULL = -6;
+/// Memory ran out; nothing allocated by the call is kept.
+constexpr int OV_TESSELLATION_OUT_OF_MEMORY = -7;
+/// The library could not allocate the buffers when it was loaded.
+constexpr int OV_TESSELLATION_NO_BUFFERS = -8;
+/// The triangulation went beyond its bounds of work, recursion or the calling
+/// thread's stack (see OV_doTessellation) and was abandoned.
+constexpr int OV_TESSELLATION_ABANDONED = -9;
+
 /// True when v is a coordinate the triangulation takes: 0, or a magnitude from
 /// OV_TESSELLATION_MIN_COORDINATE to OV_TESSELLATION_MAX_COORDINATE (so never
 /// NaN or infinite).
@@ -67,3 +91,32 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 /// one thread's call may triangulate another thread's graph or overwrite its
 /// triangles.
 SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
+
+/// Triangulates like OV_doTessellation, but never ends the process, never
+/// shows a message and reports what it cannot do. Returns the number of
+/// triangles written to the triangles buffer (counter-clockwise, zero-based
+/// corner indices), 0 when the points span no triangle (all at one place or on
+/// one line), or one of the negative OV_TESSELLATION_* codes above.
+///
+/// Every planar straight-line graph whose coordinates OV_isTessellationCoordinate
+/// accepts is triangulated: points on segments, segments overlapping along a
+/// line, segments crossing at any angle, points at the same place. Where
+/// segments cross, vertices are added; their coordinates are written to the
+/// points buffer after the numPoints input points (x, y each), and their number
+/// to *addedPoints (when addedPoints is not null; 0 on a negative result).
+/// Triangle corners index that extended list. An added vertex is a crossing
+/// point rounded to doubles; each segment then runs through the vertices added
+/// on or beside it, and no two of the resulting pieces cross.
+///
+/// Wherever OV_doTessellation succeeds, this function returns the same count
+/// and the same corners; it differs only where the other would end the process
+/// or return 0 after abandoning a run, and in returning the added vertices.
+/// Holes carve as they do there.
+///
+/// Threads: as for OV_doTessellation. Calls of both functions are serialised
+/// and read and write the buffers only under the library's lock, but a client
+/// that uses the buffers from several threads must hold one lock of its own
+/// around writing the input, the call and reading the triangles and added
+/// vertices.
+SELVORA_API int OV_doTessellationChecked(int numPoints, int numSegments, int numHoles,
+                                         int* addedPoints);

@@ -1,0 +1,345 @@
+#include "tessellation/crossing_resolution.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <unordered_map>
+#include <utility>
+
+#include "selvora/tessellation/tessellation.h"
+#include "tessellation/triangle_guard.h"
+
+namespace selvora {
+
+namespace {
+
+// Rounds until one finds nothing to split. Random crossing drawings settle
+// in two or three; the bound only keeps a pathological graph from going on.
+constexpr int kMaxRounds = 64;
+
+// How many units in the last place a crossing may lie from a segment end
+// and be taken to it.
+constexpr double kEndReach = 4;
+
+struct Point {
+    double x, y;
+};
+
+struct Edge {
+    int a, b;  // a < b
+    bool operator<(const Edge& o) const { return a != o.a ? a < o.a : b < o.b; }
+    bool operator==(const Edge& o) const { return a == o.a && b == o.b; }
+};
+
+// The exact orientation of c against the line from a to b: 1 to the left,
+// -1 to the right, 0 on it.
+int Orientation(const Point& a, const Point& b, const Point& c) {
+    const double pa[2] = {a.x, a.y}, pb[2] = {b.x, b.y}, pc[2] = {c.x, c.y};
+    const double det = selvora_triangle_orientation(pa, pb, pc);
+    return (det > 0) - (det < 0);
+}
+
+// How far a vertex's box reaches from it along one axis: a unit in the last
+// place of the coordinate, as long as the box's sides stay coordinates the
+// exact predicates take (none around 0).
+double Reach(double v) {
+    if (v == 0) return 0;
+    const double size = std::fabs(v);
+    const double reach = std::nextafter(size, 2 * size) - size;
+    if (size - reach < OV_TESSELLATION_MIN_COORDINATE) return 0;
+    if (size + reach > OV_TESSELLATION_MAX_COORDINATE) return 0;
+    return reach;
+}
+
+// A crossing's coordinate made one the predicates take: magnitudes below the
+// smallest go to 0 or to the smallest, whichever is nearer.
+double Representable(double v) {
+    const double size = std::fabs(v);
+    if (size >= OV_TESSELLATION_MIN_COORDINATE) return v;
+    if (size < OV_TESSELLATION_MIN_COORDINATE / 2) return 0;
+    return v < 0 ? -OV_TESSELLATION_MIN_COORDINATE : OV_TESSELLATION_MIN_COORDINATE;
+}
+
+struct Box {
+    double x0, y0, x1, y1;
+};
+
+// The box around p: a unit in the last place each way.
+Box BoxAround(const Point& p) {
+    return {p.x - Reach(p.x), p.y - Reach(p.y), p.x + Reach(p.x), p.y + Reach(p.y)};
+}
+
+bool Inside(const Point& p, const Box& box) {
+    return box.x0 <= p.x && p.x <= box.x1 && box.y0 <= p.y && p.y <= box.y1;
+}
+
+Box BoundsOf(const Point& a, const Point& b) {
+    return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
+}
+
+bool Overlap(const Box& p, const Box& q) {
+    return p.x0 <= q.x1 && q.x0 <= p.x1 && p.y0 <= q.y1 && q.y0 <= p.y1;
+}
+
+// True when the segment from a to b meets the closed box: their bounds
+// overlap and the segment's line leaves no side of the box with all four
+// corners (the three separating directions of a segment and a box).
+bool SegmentMeetsBox(const Point& a, const Point& b, const Box& box) {
+    if (!Overlap(BoundsOf(a, b), box)) return false;
+    const Point corners[4] = {
+        {box.x0, box.y0}, {box.x1, box.y0}, {box.x1, box.y1}, {box.x0, box.y1}};
+    int left = 0, right = 0;
+    for (const Point& c : corners) {
+        const int side = Orientation(a, b, c);
+        left += side > 0;
+        right += side < 0;
+    }
+    return left < 4 && right < 4;
+}
+
+// True when p lies on the segment from a to b (p at neither end).
+bool OnSegment(const Point& a, const Point& b, const Point& p) {
+    return Inside(p, BoundsOf(a, b)) && Orientation(a, b, p) == 0;
+}
+
+// True when the segments cross at one point inside both.
+bool CrossProperly(const Point& a, const Point& b, const Point& c, const Point& d) {
+    return Orientation(a, b, c) * Orientation(a, b, d) < 0 &&
+           Orientation(c, d, a) * Orientation(c, d, b) < 0;
+}
+
+// The crossing of two segments that cross properly, rounded: the parameter
+// along the first comes from the two orientations of its ends against the
+// second, which have opposite signs, so their difference does not cancel.
+Point Crossing(const Point& a, const Point& b, const Point& c, const Point& d) {
+    const double pa[2] = {a.x, a.y}, pb[2] = {b.x, b.y}, pc[2] = {c.x, c.y}, pd[2] = {d.x, d.y};
+    const double da = selvora_triangle_orientation(pc, pd, pa);
+    const double db = selvora_triangle_orientation(pc, pd, pb);
+    const double t = std::clamp(da / (da - db), 0.0, 1.0);
+    Point p{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
+    // Kept within both segments' bounds, where the crossing is.
+    const Box e = BoundsOf(a, b), f = BoundsOf(c, d);
+    p.x = std::clamp(p.x, std::max(e.x0, f.x0), std::min(e.x1, f.x1));
+    p.y = std::clamp(p.y, std::max(e.y0, f.y0), std::min(e.y1, f.y1));
+    return {Representable(p.x), Representable(p.y)};
+}
+
+std::uint64_t Bits(double v) {
+    if (v == 0.0) v = 0.0;  // -0 is the place of +0
+    std::uint64_t bits;
+    std::memcpy(&bits, &v, sizeof bits);
+    return bits;
+}
+
+struct PlaceHash {
+    std::size_t operator()(const std::pair<std::uint64_t, std::uint64_t>& p) const {
+        return static_cast<std::size_t>(p.first * 0x9E3779B97F4A7C15ull ^ p.second);
+    }
+};
+
+class Resolver {
+  public:
+    Resolver(const double* xy, int numPoints, int maxPoints)
+        : numInput_(numPoints), maxPoints_(maxPoints) {
+        vertices_.reserve(static_cast<std::size_t>(numPoints));
+        for (int i = 0; i < numPoints; ++i) {
+            const Point p{xy[2 * static_cast<std::size_t>(i)],
+                          xy[2 * static_cast<std::size_t>(i) + 1]};
+            vertices_.push_back(p);
+            places_.emplace(PlaceOf(p), i);
+        }
+    }
+
+    void AddSegments(const int* segments, int numSegments) {
+        for (int s = 0; s < numSegments; ++s) {
+            AddEdge(First(segments[2 * s]), First(segments[2 * s + 1]), edges_);
+        }
+        Tidy(edges_);
+    }
+
+    Resolution Run(ResolvedGraph& out) {
+        for (int round = 0; round < kMaxRounds; ++round) {
+            std::vector<std::vector<int>> splits(edges_.size());
+            SplitAtNearVertices(splits);
+            if (!SplitAtCrossings(splits)) return Resolution::kTooManyPoints;
+            if (!Split(splits)) {
+                Write(out);
+                return Resolution::kDone;
+            }
+        }
+        return Resolution::kUnsettled;
+    }
+
+  private:
+    using Place = std::pair<std::uint64_t, std::uint64_t>;
+
+    static Place PlaceOf(const Point& p) { return {Bits(p.x), Bits(p.y)}; }
+
+    // The first input point at the place of point i.
+    int First(int i) const { return places_.at(PlaceOf(vertices_[static_cast<std::size_t>(i)])); }
+
+    // The vertex at p, added when no vertex stands there; -1 when the points
+    // would go past their bound.
+    int VertexAt(const Point& p) {
+        const auto found = places_.find(PlaceOf(p));
+        if (found != places_.end()) return found->second;
+        if (static_cast<int>(vertices_.size()) >= maxPoints_) return -1;
+        vertices_.push_back(p);
+        const int index = static_cast<int>(vertices_.size()) - 1;
+        places_.emplace(PlaceOf(p), index);
+        return index;
+    }
+
+    const Point& At(int i) const { return vertices_[static_cast<std::size_t>(i)]; }
+
+    static void AddEdge(int a, int b, std::vector<Edge>& edges) {
+        if (a != b) edges.push_back({std::min(a, b), std::max(a, b)});
+    }
+
+    static void Tidy(std::vector<Edge>& edges) {
+        std::sort(edges.begin(), edges.end());
+        edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+    }
+
+    // Every vertex whose box the segment passes through, its ends apart.
+    void SplitAtNearVertices(std::vector<std::vector<int>>& splits) const {
+        std::vector<int> byX;  // one vertex per place
+        for (int i = 0; i < static_cast<int>(vertices_.size()); ++i) {
+            if (First(i) == i) byX.push_back(i);
+        }
+        std::sort(byX.begin(), byX.end(), [&](int p, int q) { return At(p).x < At(q).x; });
+        for (std::size_t e = 0; e < edges_.size(); ++e) {
+            const Point &a = At(edges_[e].a), &b = At(edges_[e].b);
+            const Box bounds = BoundsOf(a, b);
+            // A box reaches at most twice the unit of the nearer bound past it.
+            const double from = bounds.x0 - 2 * Reach(bounds.x0);
+            auto v = std::lower_bound(byX.begin(), byX.end(), from,
+                                      [&](int p, double x) { return At(p).x < x; });
+            for (; v != byX.end(); ++v) {
+                const Point& p = At(*v);
+                const Box box = BoxAround(p);
+                if (box.x0 > bounds.x1) break;
+                if (*v == edges_[e].a || *v == edges_[e].b) continue;
+                if (!SegmentMeetsBox(a, b, box)) continue;
+                // A vertex next to an end is taken only when it lies on the
+                // segment: the piece to a vertex beside it would pass through
+                // the end's box and be split back at the end.
+                if ((Inside(a, box) || Inside(b, box)) && !OnSegment(a, b, p)) continue;
+                splits[e].push_back(*v);
+            }
+        }
+    }
+
+    // The vertex where edges e and f cross: an end of either when the rounded
+    // crossing lies within a few units in the last place of it, so that a
+    // cluster of nearly coincident ends does not breed new vertices round
+    // after round; else a new vertex (-1 when the points would go past their
+    // bound).
+    int CrossingVertex(std::size_t e, std::size_t f) {
+        const int ends[4] = {edges_[e].a, edges_[e].b, edges_[f].a, edges_[f].b};
+        const Point p = Crossing(At(ends[0]), At(ends[1]), At(ends[2]), At(ends[3]));
+        for (int end : ends) {
+            const Point& q = At(end);
+            if (std::fabs(p.x - q.x) <= kEndReach * Reach(q.x) &&
+                std::fabs(p.y - q.y) <= kEndReach * Reach(q.y)) {
+                return end;
+            }
+        }
+        return VertexAt(p);
+    }
+
+    // Every proper crossing, found by a sweep over the segments' bounds in x.
+    // Returns false when the points would go past their bound.
+    bool SplitAtCrossings(std::vector<std::vector<int>>& splits) {
+        std::vector<int> order(edges_.size());
+        std::vector<Box> bounds(edges_.size());
+        for (std::size_t e = 0; e < edges_.size(); ++e) {
+            order[e] = static_cast<int>(e);
+            bounds[e] = BoundsOf(At(edges_[e].a), At(edges_[e].b));
+        }
+        std::sort(order.begin(), order.end(), [&](int p, int q) {
+            return bounds[static_cast<std::size_t>(p)].x0 < bounds[static_cast<std::size_t>(q)].x0;
+        });
+        for (std::size_t i = 0; i < order.size(); ++i) {
+            const std::size_t e = static_cast<std::size_t>(order[i]);
+            for (std::size_t j = i + 1; j < order.size(); ++j) {
+                const std::size_t f = static_cast<std::size_t>(order[j]);
+                if (bounds[f].x0 > bounds[e].x1) break;
+                if (!Overlap(bounds[e], bounds[f])) continue;
+                const Point &a = At(edges_[e].a), &b = At(edges_[e].b);
+                const Point &c = At(edges_[f].a), &d = At(edges_[f].b);
+                if (!CrossProperly(a, b, c, d)) continue;
+                const int v = CrossingVertex(e, f);
+                if (v < 0) return false;
+                splits[e].push_back(v);
+                splits[f].push_back(v);
+            }
+        }
+        return true;
+    }
+
+    // Replaces every segment with splits by its pieces. Returns false when
+    // nothing was split.
+    bool Split(std::vector<std::vector<int>>& splits) {
+        bool any = false;
+        std::vector<Edge> next;
+        next.reserve(edges_.size());
+        for (std::size_t e = 0; e < edges_.size(); ++e) {
+            std::vector<int>& on = splits[e];
+            const int a = edges_[e].a, b = edges_[e].b;
+            if (on.empty()) {
+                next.push_back(edges_[e]);
+                continue;
+            }
+            any = true;
+            // In order along the segment, by the projection on its direction.
+            const Point &pa = At(a), &pb = At(b);
+            const double dx = pb.x - pa.x, dy = pb.y - pa.y;
+            auto along = [&](int v) { return (At(v).x - pa.x) * dx + (At(v).y - pa.y) * dy; };
+            std::sort(on.begin(), on.end(), [&](int p, int q) { return along(p) < along(q); });
+            on.erase(std::unique(on.begin(), on.end()), on.end());
+            int from = a;
+            for (int v : on) {
+                if (v == a || v == b) continue;
+                AddEdge(from, v, next);
+                from = v;
+            }
+            AddEdge(from, b, next);
+        }
+        Tidy(next);
+        edges_.swap(next);
+        return any;
+    }
+
+    void Write(ResolvedGraph& out) const {
+        out.added.clear();
+        for (std::size_t i = static_cast<std::size_t>(numInput_); i < vertices_.size(); ++i) {
+            out.added.push_back(vertices_[i].x);
+            out.added.push_back(vertices_[i].y);
+        }
+        out.segments.clear();
+        for (const Edge& e : edges_) {
+            out.segments.push_back(e.a);
+            out.segments.push_back(e.b);
+        }
+    }
+
+    int numInput_;
+    int maxPoints_;
+    std::vector<Point> vertices_;
+    std::unordered_map<Place, int, PlaceHash> places_;  // place -> first vertex there
+    std::vector<Edge> edges_;
+};
+
+}  // namespace
+
+Resolution ResolveCrossings(const double* xy, int numPoints, const int* segments, int numSegments,
+                            int maxPoints, ResolvedGraph& out) {
+    Resolver resolver(xy, numPoints, maxPoints);
+    resolver.AddSegments(segments, numSegments);
+    return resolver.Run(out);
+}
+
+}  // namespace selvora
