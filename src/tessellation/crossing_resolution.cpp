@@ -9,18 +9,21 @@
 #include <utility>
 
 #include "selvora/tessellation/tessellation.h"
+#include "tessellation/exact_crossing.h"
 #include "tessellation/triangle_guard.h"
 
 namespace selvora {
 
 namespace {
 
-// Rounds until one finds nothing to split. Random crossing drawings settle
-// in two or three; the bound only keeps a pathological graph from going on.
+// Bounds on the rounds of resolution and on the routings within one (see
+// Resolver::Run). Random crossing drawings settle in two or three rounds;
+// the bounds only keep a pathological graph from going on.
 constexpr int kMaxRounds = 64;
+constexpr int kMaxRoutings = 64;
 
-// How many units in the last place a crossing may lie from a segment end
-// and be taken to it.
+// How many steps to the next coordinate a crossing may lie from a segment
+// end and be taken to it.
 constexpr double kEndReach = 4;
 
 struct Point {
@@ -41,17 +44,24 @@ int Orientation(const Point& a, const Point& b, const Point& c) {
     return (det > 0) - (det < 0);
 }
 
-// How far a vertex's box reaches from it along one axis: a unit in the last
-// place of the coordinate, as long as the box's sides stay coordinates the
-// exact predicates take (none around 0).
-double Reach(double v) {
-    if (v == 0) return 0;
-    const double size = std::fabs(v);
-    const double reach = std::nextafter(size, 2 * size) - size;
-    if (size - reach < OV_TESSELLATION_MIN_COORDINATE) return 0;
-    if (size + reach > OV_TESSELLATION_MAX_COORDINATE) return 0;
-    return reach;
+// The coordinate next to v toward `toward` (an infinity) among those the
+// exact predicates take: the next double, except that the magnitudes between
+// 0 and the smallest are skipped, and that past the largest there is none
+// (v itself).
+double Next(double v, double toward) {
+    const double next = std::nextafter(v, toward);
+    if (OV_isTessellationCoordinate(next)) return next;
+    if (std::fabs(next) > OV_TESSELLATION_MAX_COORDINATE) return v;
+    if (v != 0) return 0;
+    return toward > 0 ? OV_TESSELLATION_MIN_COORDINATE : -OV_TESSELLATION_MIN_COORDINATE;
 }
+
+double Below(double v) { return Next(v, -HUGE_VAL); }
+double Above(double v) { return Next(v, HUGE_VAL); }
+
+// How far a crossing may lie from a segment end along one axis and be taken
+// to it: a few steps to the next coordinates.
+double EndReach(double v) { return kEndReach * std::max(Above(v) - v, v - Below(v)); }
 
 // A crossing's coordinate made one the predicates take: magnitudes below the
 // smallest go to 0 or to the smallest, whichever is nearer.
@@ -66,10 +76,8 @@ struct Box {
     double x0, y0, x1, y1;
 };
 
-// The box around p: a unit in the last place each way.
-Box BoxAround(const Point& p) {
-    return {p.x - Reach(p.x), p.y - Reach(p.y), p.x + Reach(p.x), p.y + Reach(p.y)};
-}
+// The box around p, reaching to the next coordinates each way.
+Box BoxAround(const Point& p) { return {Below(p.x), Below(p.y), Above(p.x), Above(p.y)}; }
 
 bool Inside(const Point& p, const Box& box) {
     return box.x0 <= p.x && p.x <= box.x1 && box.y0 <= p.y && p.y <= box.y1;
@@ -110,20 +118,17 @@ bool CrossProperly(const Point& a, const Point& b, const Point& c, const Point& 
            Orientation(c, d, a) * Orientation(c, d, b) < 0;
 }
 
-// The crossing of two segments that cross properly, rounded: the parameter
-// along the first comes from the two orientations of its ends against the
-// second, which have opposite signs, so their difference does not cancel.
+// The crossing of two segments that cross properly, rounded, kept within
+// both segments' bounds (where the exact crossing is) and made a coordinate
+// the predicates take.
 Point Crossing(const Point& a, const Point& b, const Point& c, const Point& d) {
     const double pa[2] = {a.x, a.y}, pb[2] = {b.x, b.y}, pc[2] = {c.x, c.y}, pd[2] = {d.x, d.y};
-    const double da = selvora_triangle_orientation(pc, pd, pa);
-    const double db = selvora_triangle_orientation(pc, pd, pb);
-    const double t = std::clamp(da / (da - db), 0.0, 1.0);
-    Point p{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
-    // Kept within both segments' bounds, where the crossing is.
+    double xy[2];
+    ExactCrossing(pa, pb, pc, pd, xy);
     const Box e = BoundsOf(a, b), f = BoundsOf(c, d);
-    p.x = std::clamp(p.x, std::max(e.x0, f.x0), std::min(e.x1, f.x1));
-    p.y = std::clamp(p.y, std::max(e.y0, f.y0), std::min(e.y1, f.y1));
-    return {Representable(p.x), Representable(p.y)};
+    const double x = std::clamp(xy[0], std::max(e.x0, f.x0), std::min(e.x1, f.x1));
+    const double y = std::clamp(xy[1], std::max(e.y0, f.y0), std::min(e.y1, f.y1));
+    return {Representable(x), Representable(y)};
 }
 
 std::uint64_t Bits(double v) {
@@ -159,12 +164,25 @@ class Resolver {
         Tidy(edges_);
     }
 
+    // Rounds of two steps. The crossings of the segments as they stand are
+    // rounded to vertices and the crossing segments split there; then every
+    // segment is routed through the vertices whose boxes it passes, again
+    // and again until none passes one, with no vertex added. Routed segments
+    // rarely cross again; where they do, the next round rounds those
+    // crossings. The graph is done when a round finds neither.
     Resolution Run(ResolvedGraph& out) {
         for (int round = 0; round < kMaxRounds; ++round) {
             std::vector<std::vector<int>> splits(edges_.size());
-            SplitAtNearVertices(splits);
             if (!SplitAtCrossings(splits)) return Resolution::kTooManyPoints;
-            if (!Split(splits)) {
+            bool changed = Split(splits);
+            int routing = 0;
+            for (;; ++routing) {
+                if (routing == kMaxRoutings) return Resolution::kUnsettled;
+                std::vector<std::vector<int>> near(edges_.size());
+                SplitAtNearVertices(near);
+                if (!Split(near)) break;
+            }
+            if (!changed && routing == 0) {
                 Write(out);
                 return Resolution::kDone;
             }
@@ -213,8 +231,9 @@ class Resolver {
         for (std::size_t e = 0; e < edges_.size(); ++e) {
             const Point &a = At(edges_[e].a), &b = At(edges_[e].b);
             const Box bounds = BoundsOf(a, b);
-            // A box reaches at most twice the unit of the nearer bound past it.
-            const double from = bounds.x0 - 2 * Reach(bounds.x0);
+            // A box reaching the bounds stands around a coordinate at or
+            // above the one below them.
+            const double from = Below(bounds.x0);
             auto v = std::lower_bound(byX.begin(), byX.end(), from,
                                       [&](int p, double x) { return At(p).x < x; });
             for (; v != byX.end(); ++v) {
@@ -242,8 +261,7 @@ class Resolver {
         const Point p = Crossing(At(ends[0]), At(ends[1]), At(ends[2]), At(ends[3]));
         for (int end : ends) {
             const Point& q = At(end);
-            if (std::fabs(p.x - q.x) <= kEndReach * Reach(q.x) &&
-                std::fabs(p.y - q.y) <= kEndReach * Reach(q.y)) {
+            if (std::fabs(p.x - q.x) <= EndReach(q.x) && std::fabs(p.y - q.y) <= EndReach(q.y)) {
                 return end;
             }
         }

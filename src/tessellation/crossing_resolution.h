@@ -2,15 +2,18 @@
 // computing a crossing itself: no two segments cross, no point lies on a
 // segment between its ends, no segment is given twice.
 //
-// Where two segments cross, a vertex is added at the crossing rounded to
-// doubles and both are split there. A segment that passes through the small
-// box around a vertex (a unit in the last place of its coordinates each way)
-// is split at that vertex as well, as snap rounding routes a segment through
-// the hot pixels it meets: a rounded crossing then takes along the segments
-// that pass close to it instead of leaving them crossing its new pieces. The
-// rounds repeat until one finds nothing to split; every test is decided
-// exactly (Triangle's orientation predicate), so a graph that leaves here is
-// free of crossings whatever the rounding did.
+// It works as snap rounding does, on the grid of doubles. Where two segments
+// cross, a vertex is added at the crossing rounded to doubles (from its exact
+// value, exact_crossing.h), or the crossing is taken to a segment end a few
+// steps of the grid away, and both segments are split there. Then every
+// segment that passes through the box around a vertex (reaching to the next
+// coordinates each way) is routed through that vertex, again and again until
+// none does: a rounded crossing takes along the segments that pass close to
+// it instead of leaving them crossing its new pieces. Routed segments rarely
+// cross again; where they do, the next round rounds those crossings. Every
+// test is decided exactly (Triangle's orientation predicate), so a graph that
+// leaves here is free of crossings whatever the rounding did; the rounds are
+// bounded, and a graph that would go past the bound is reported.
 #pragma once
 
 #include <vector>
