@@ -9,6 +9,7 @@
 #include "tessellation/buffers.h"
 #include "tessellation/crossing_resolution.h"
 #include "tessellation/fatal_errors.h"
+#include "tessellation/sound_result.h"
 #include "tessellation/stack_room.h"
 #include "tessellation/triangle_guard.h"
 #include "tessellation/triangulator_input.h"
@@ -69,7 +70,8 @@ struct CheckedResult {
 // Runs the triangulator without letting it end the process. `numCallerPoints`
 // is how many points precede the vertices the triangulator adds in the
 // caller's numbering. Returns a count of triangles or a negative code; the
-// triangulator's own failure comes back as OV_TESSELLATION_ABANDONED.
+// triangulator's own failure, and a result that is no triangulation
+// (IsSound), come back as OV_TESSELLATION_ABANDONED.
 int TriangulateChecked(selvora::TriangulatorInput& input, int numCallerPoints, CheckedResult& out) {
     selvora_triangulation result{};
     switch (selvora_triangulate_checked(input.Points(), input.NumPoints(), input.Segments(),
@@ -88,7 +90,7 @@ int TriangulateChecked(selvora::TriangulatorInput& input, int numCallerPoints, C
     } release;
     const int count = result.count;
     if (count < 0 || (count > 0 && !result.corners) || result.numPoints < input.NumPoints() ||
-        (result.numPoints > 0 && !result.xy)) {
+        !result.xy || !selvora::IsSound(result, input)) {
         return OV_TESSELLATION_ABANDONED;
     }
     if (count > OV_TESSELLATION_MAX_TRIANGLES) return OV_TESSELLATION_TRIANGLES_FULL;

@@ -1,0 +1,165 @@
+#include "tessellation/sound_result.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include "selvora/tessellation/tessellation.h"
+
+namespace selvora {
+
+namespace {
+
+// How far from a segment, relative to the larger magnitude of its ends'
+// coordinates, a vertex added at one of its crossings may lie. The
+// triangulator's own crossings land within a few units in the last place of
+// that magnitude; a vertex further away is one of its failures.
+const double kReach = std::ldexp(1.0, -42);
+
+struct Vertex {
+    double x, y;
+    bool added;
+    bool operator<(const Vertex& o) const { return x != o.x ? x < o.x : y < o.y; }
+};
+
+// A segment's ends and its bounds widened by how far a crossing of it may lie.
+struct Segment {
+    double ax, ay, bx, by;
+    double x0, y0, x1, y1;
+    double reach;
+};
+
+bool TrianglesTurnLeft(const selvora_triangulation& result) {
+    const double* xy = result.xy;
+    for (int t = 0; t < result.count; ++t) {
+        const int* c = result.corners + 3 * static_cast<std::size_t>(t);
+        for (int k = 0; k < 3; ++k) {
+            if (c[k] < 0 || c[k] >= result.numPoints) return false;
+        }
+        if (selvora_triangle_orientation(xy + 2 * static_cast<std::size_t>(c[0]),
+                                         xy + 2 * static_cast<std::size_t>(c[1]),
+                                         xy + 2 * static_cast<std::size_t>(c[2])) <= 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Every added vertex a coordinate the predicates take, and at a place where
+// no other vertex stands.
+bool AddedVerticesStandAlone(const selvora_triangulation& result, int inputPoints) {
+    std::vector<Vertex> vertices;
+    vertices.reserve(static_cast<std::size_t>(result.numPoints));
+    for (int i = 0; i < result.numPoints; ++i) {
+        // + 0.0 makes -0 the place of +0.
+        const double x = result.xy[2 * static_cast<std::size_t>(i)] + 0.0;
+        const double y = result.xy[2 * static_cast<std::size_t>(i) + 1] + 0.0;
+        const bool added = i >= inputPoints;
+        if (added && !(OV_isTessellationCoordinate(x) && OV_isTessellationCoordinate(y))) {
+            return false;
+        }
+        vertices.push_back({x, y, added});
+    }
+    std::sort(vertices.begin(), vertices.end());
+    for (std::size_t i = 1; i < vertices.size(); ++i) {
+        const Vertex &p = vertices[i - 1], &q = vertices[i];
+        if (p.x == q.x && p.y == q.y && (p.added || q.added)) return false;
+    }
+    return true;
+}
+
+Segment SegmentOf(const double* a, const double* b) {
+    Segment s{a[0], a[1], b[0], b[1], 0, 0, 0, 0, 0};
+    s.reach =
+        kReach * std::max({std::fabs(a[0]), std::fabs(a[1]), std::fabs(b[0]), std::fabs(b[1])});
+    s.x0 = std::min(a[0], b[0]) - s.reach;
+    s.x1 = std::max(a[0], b[0]) + s.reach;
+    s.y0 = std::min(a[1], b[1]) - s.reach;
+    s.y1 = std::max(a[1], b[1]) + s.reach;
+    return s;
+}
+
+// Whether (x, y) lies within the segment's reach of it, in double arithmetic
+// (the reach is far above its rounding errors).
+bool Near(const Segment& s, double x, double y) {
+    if (x < s.x0 || x > s.x1 || y < s.y0 || y > s.y1) return false;
+    const double dx = s.bx - s.ax, dy = s.by - s.ay;
+    const double length = std::hypot(dx, dy);
+    if (length == 0) return false;
+    const double across = std::fabs(dx * (y - s.ay) - dy * (x - s.ax)) / length;
+    return across <= s.reach;
+}
+
+int Orientation(double ax, double ay, double bx, double by, double cx, double cy) {
+    const double a[2] = {ax, ay}, b[2] = {bx, by}, c[2] = {cx, cy};
+    const double det = selvora_triangle_orientation(a, b, c);
+    return (det > 0) - (det < 0);
+}
+
+bool CrossProperly(const Segment& s, const Segment& t) {
+    return Orientation(s.ax, s.ay, s.bx, s.by, t.ax, t.ay) *
+                   Orientation(s.ax, s.ay, s.bx, s.by, t.bx, t.by) <
+               0 &&
+           Orientation(t.ax, t.ay, t.bx, t.by, s.ax, s.ay) *
+                   Orientation(t.ax, t.ay, t.bx, t.by, s.bx, s.by) <
+               0;
+}
+
+// Whether two of the segments cross each other (exactly decided).
+bool TwoCross(const std::vector<const Segment*>& segments) {
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        for (std::size_t j = i + 1; j < segments.size(); ++j) {
+            if (CrossProperly(*segments[i], *segments[j])) return true;
+        }
+    }
+    return false;
+}
+
+// Every added vertex near two of the input's segments that cross each other
+// (the crossing it stands for), found by a sweep in x
+// over the segments' widened bounds.
+bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, TriangulatorInput& input) {
+    const double* xy = input.Points();
+    const int* ends = input.Segments();
+    std::vector<Segment> segments;
+    segments.reserve(static_cast<std::size_t>(input.NumSegments()));
+    for (int s = 0; s < input.NumSegments(); ++s) {
+        segments.push_back(SegmentOf(xy + 2 * static_cast<std::size_t>(ends[2 * s]),
+                                     xy + 2 * static_cast<std::size_t>(ends[2 * s + 1])));
+    }
+    std::sort(segments.begin(), segments.end(),
+              [](const Segment& p, const Segment& q) { return p.x0 < q.x0; });
+    std::vector<Vertex> added;
+    for (int i = input.NumPoints(); i < result.numPoints; ++i) {
+        added.push_back({result.xy[2 * static_cast<std::size_t>(i)],
+                         result.xy[2 * static_cast<std::size_t>(i) + 1], true});
+    }
+    std::sort(added.begin(), added.end());
+    std::vector<const Segment*> active, near;
+    std::size_t next = 0;
+    for (const Vertex& v : added) {
+        while (next < segments.size() && segments[next].x0 <= v.x)
+            active.push_back(&segments[next++]);
+        active.erase(std::remove_if(active.begin(), active.end(),
+                                    [&](const Segment* s) { return s->x1 < v.x; }),
+                     active.end());
+        near.clear();
+        for (const Segment* s : active) {
+            if (Near(*s, v.x, v.y)) near.push_back(s);
+        }
+        if (!TwoCross(near)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool IsSound(const selvora_triangulation& result, TriangulatorInput& input) {
+    if (!TrianglesTurnLeft(result)) return false;
+    if (result.numPoints == input.NumPoints()) return true;
+    return AddedVerticesStandAlone(result, input.NumPoints()) &&
+           AddedVerticesLieOnCrossings(result, input);
+}
+
+}  // namespace selvora

@@ -1,0 +1,24 @@
+// Whether a run of the triangulator that ended well gave a triangulation.
+//
+// The triangulator decides every orientation exactly, but computes the
+// crossing of two segments in floating point from their ends, and later
+// crossings from vertices so computed. On graphs whose coordinates span many
+// magnitudes such a vertex can land far from the crossing, on another vertex
+// or beyond an edge, and the result is then no triangulation of the graph
+// although the run ended without an error.
+#pragma once
+
+#include "tessellation/triangle_guard.h"
+#include "tessellation/triangulator_input.h"
+
+namespace selvora {
+
+// True when every triangle of `result` (a checked run over `input`, with its
+// vertices) is strictly counter-clockwise in the returned coordinates, and
+// every vertex the run added is a coordinate the predicates take, at a place
+// of its own, and near two of the input's segments that cross each other
+// (the two whose crossing it stands for): within 2^-42 of each one's larger
+// end coordinate.
+bool IsSound(const selvora_triangulation& result, TriangulatorInput& input);
+
+}  // namespace selvora
