@@ -109,8 +109,12 @@ SELVORA_API int OV_doTessellation(int numPoints, int numSegments, int numHoles);
 /// on or beside it, and no two of the resulting pieces cross.
 ///
 /// Wherever OV_doTessellation succeeds, this function returns the same count
-/// and the same corners; it differs only where the other would end the process
-/// or return 0 after abandoning a run, and in returning the added vertices.
+/// and the same corners. It differs only where the other would end the
+/// process, would return 0 after abandoning a run, or would return triangles
+/// that are no triangulation of the graph (a triangle turned clockwise or
+/// flat, a vertex added far from its crossing: the triangulator computes
+/// crossings in floating point, which fails on graphs spanning many
+/// magnitudes), and in returning the added vertices.
 /// Holes carve as they do there.
 ///
 /// Threads: as for OV_doTessellation. Calls of both functions are serialised
