@@ -246,23 +246,26 @@ class Resolver {
                 // segment: the piece to a vertex beside it would pass through
                 // the end's box and be split back at the end.
                 if ((Inside(a, box) || Inside(b, box)) && !OnSegment(a, b, p)) continue;
+                if (!Shortens(edges_[e].a, *v, edges_[e].b)) continue;
                 splits[e].push_back(*v);
             }
         }
     }
 
     // The vertex where edges e and f cross: an end of either when the rounded
-    // crossing lies within a few units in the last place of it, so that a
-    // cluster of nearly coincident ends does not breed new vertices round
-    // after round; else a new vertex (-1 when the points would go past their
-    // bound).
+    // crossing lies within a few units in the last place of it and splitting
+    // the other edge there shortens it, so that a cluster of nearly
+    // coincident ends does not breed new vertices round after round; else a
+    // new vertex (-1 when the points would go past their bound).
     int CrossingVertex(std::size_t e, std::size_t f) {
         const int ends[4] = {edges_[e].a, edges_[e].b, edges_[f].a, edges_[f].b};
         const Point p = Crossing(At(ends[0]), At(ends[1]), At(ends[2]), At(ends[3]));
-        for (int end : ends) {
-            const Point& q = At(end);
-            if (std::fabs(p.x - q.x) <= EndReach(q.x) && std::fabs(p.y - q.y) <= EndReach(q.y)) {
-                return end;
+        for (int k = 0; k < 4; ++k) {
+            const Point& q = At(ends[k]);
+            const Edge& other = edges_[k < 2 ? f : e];
+            if (std::fabs(p.x - q.x) <= EndReach(q.x) && std::fabs(p.y - q.y) <= EndReach(q.y) &&
+                Shortens(other.a, ends[k], other.b)) {
+                return ends[k];
             }
         }
         return VertexAt(p);
@@ -298,8 +301,29 @@ class Resolver {
         return true;
     }
 
-    // Replaces every segment with splits by its pieces. Returns false when
-    // nothing was split.
+    // Whether splitting the segment from a to b at v gives pieces whose bounds
+    // lie inside its own and are smaller: v within its bounds and at neither
+    // end. Segments are split only so: the bounds of the segments only
+    // shrink, so that routing can never come back to a segment it split.
+    bool Shortens(int a, int v, int b) const {
+        return v != a && v != b && Inside(At(v), BoundsOf(At(a), At(b)));
+    }
+
+    // Whether the bounds of the segment from p to q lie inside those of the
+    // segment from a to b and are smaller.
+    bool Within(int p, int q, int a, int b) const {
+        const Box inner = BoundsOf(At(p), At(q)), outer = BoundsOf(At(a), At(b));
+        const bool inside = outer.x0 <= inner.x0 && inner.x1 <= outer.x1 && outer.y0 <= inner.y0 &&
+                            inner.y1 <= outer.y1;
+        const bool same = inner.x0 == outer.x0 && inner.x1 == outer.x1 && inner.y0 == outer.y0 &&
+                          inner.y1 == outer.y1;
+        return inside && !same;
+    }
+
+    // Replaces every segment with splits by its pieces, in order along it;
+    // when a piece's bounds would not lie inside the segment's and be
+    // smaller, by the two pieces at its first split only (which always do).
+    // Returns false when nothing was split.
     bool Split(std::vector<std::vector<int>>& splits) {
         bool any = false;
         std::vector<Edge> next;
@@ -307,6 +331,8 @@ class Resolver {
         for (std::size_t e = 0; e < edges_.size(); ++e) {
             std::vector<int>& on = splits[e];
             const int a = edges_[e].a, b = edges_[e].b;
+            on.erase(std::remove_if(on.begin(), on.end(), [&](int v) { return v == a || v == b; }),
+                     on.end());
             if (on.empty()) {
                 next.push_back(edges_[e]);
                 continue;
@@ -318,13 +344,16 @@ class Resolver {
             auto along = [&](int v) { return (At(v).x - pa.x) * dx + (At(v).y - pa.y) * dy; };
             std::sort(on.begin(), on.end(), [&](int p, int q) { return along(p) < along(q); });
             on.erase(std::unique(on.begin(), on.end()), on.end());
-            int from = a;
-            for (int v : on) {
-                if (v == a || v == b) continue;
-                AddEdge(from, v, next);
-                from = v;
+            std::vector<int> chain{a};
+            chain.insert(chain.end(), on.begin(), on.end());
+            chain.push_back(b);
+            for (std::size_t k = 1; k < chain.size(); ++k) {
+                if (!Within(chain[k - 1], chain[k], a, b)) {
+                    chain = {a, on.front(), b};
+                    break;
+                }
             }
-            AddEdge(from, b, next);
+            for (std::size_t k = 1; k < chain.size(); ++k) AddEdge(chain[k - 1], chain[k], next);
         }
         Tidy(next);
         edges_.swap(next);

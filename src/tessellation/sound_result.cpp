@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "selvora/tessellation/tessellation.h"
+#include "tessellation/exact_crossing.h"
 
 namespace selvora {
 
@@ -106,19 +108,80 @@ bool CrossProperly(const Segment& s, const Segment& t) {
                0;
 }
 
-// Whether two of the segments cross each other (exactly decided).
-bool TwoCross(const std::vector<const Segment*>& segments) {
+// Two of the segments that cross each other (exactly decided), or nulls.
+std::pair<const Segment*, const Segment*> CrossingPair(
+    const std::vector<const Segment*>& segments) {
     for (std::size_t i = 0; i < segments.size(); ++i) {
         for (std::size_t j = i + 1; j < segments.size(); ++j) {
-            if (CrossProperly(*segments[i], *segments[j])) return true;
+            if (CrossProperly(*segments[i], *segments[j])) return {segments[i], segments[j]};
         }
     }
-    return false;
+    return {nullptr, nullptr};
 }
 
-// Every added vertex near two of the input's segments that cross each other
-// (the crossing it stands for), found by a sweep in x
-// over the segments' widened bounds.
+// Whether the segment from a to b separates p from q: it crosses the segment
+// between them at a point inside both.
+bool Separate(const double* a, const double* b, const double* p, const double* q) {
+    return Orientation(a[0], a[1], b[0], b[1], p[0], p[1]) *
+                   Orientation(a[0], a[1], b[0], b[1], q[0], q[1]) <
+               0 &&
+           Orientation(p[0], p[1], q[0], q[1], a[0], a[1]) *
+                   Orientation(p[0], p[1], q[0], q[1], b[0], b[1]) <
+               0;
+}
+
+// The input's points sorted by x, for the points within a box.
+class PointsByX {
+  public:
+    PointsByX(const double* xy, int numPoints) {
+        for (int i = 0; i < numPoints; ++i) {
+            points_.push_back({xy[2 * static_cast<std::size_t>(i)],
+                               xy[2 * static_cast<std::size_t>(i) + 1], false});
+        }
+        std::sort(points_.begin(), points_.end());
+    }
+
+    bool AnyWithin(double x0, double y0, double x1, double y1) const {
+        auto p = std::lower_bound(points_.begin(), points_.end(), Vertex{x0, -HUGE_VAL, false});
+        for (; p != points_.end() && p->x <= x1; ++p) {
+            if (y0 <= p->y && p->y <= y1) return true;
+        }
+        return false;
+    }
+
+  private:
+    std::vector<Vertex> points_;
+};
+
+// Whether the vertex v that the triangulator added for the crossing of s and
+// t may stand for it: the exact crossing x, rounded, is a coordinate the
+// predicates take, and nothing of the graph lies between the two (no point in
+// their bounding box, no other segment crossing the line from one to the
+// other). The triangulator then sees the graph around v as it is around x.
+bool StandsFor(const Vertex& v, const Segment& s, const Segment& t,
+               const std::vector<const Segment*>& nearby, const PointsByX& points) {
+    const double sa[2] = {s.ax, s.ay}, sb[2] = {s.bx, s.by}, ta[2] = {t.ax, t.ay},
+                 tb[2] = {t.bx, t.by};
+    double x[2];
+    ExactCrossing(sa, sb, ta, tb, x);
+    if (!OV_isTessellationCoordinate(x[0]) || !OV_isTessellationCoordinate(x[1])) return false;
+    const double p[2] = {v.x, v.y};
+    if (p[0] == x[0] && p[1] == x[1]) return true;
+    if (points.AnyWithin(std::min(p[0], x[0]), std::min(p[1], x[1]), std::max(p[0], x[0]),
+                         std::max(p[1], x[1]))) {
+        return false;
+    }
+    for (const Segment* u : nearby) {
+        if (u == &s || u == &t) continue;
+        const double ua[2] = {u->ax, u->ay}, ub[2] = {u->bx, u->by};
+        if (Separate(ua, ub, p, x)) return false;
+    }
+    return true;
+}
+
+// Every added vertex near two of the input's segments that cross each other,
+// and standing for their crossing; the segments are found by a sweep in x
+// over their widened bounds.
 bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, TriangulatorInput& input) {
     const double* xy = input.Points();
     const int* ends = input.Segments();
@@ -136,6 +199,7 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, Triangulat
                          result.xy[2 * static_cast<std::size_t>(i) + 1], true});
     }
     std::sort(added.begin(), added.end());
+    const PointsByX points(xy, input.NumPoints());
     std::vector<const Segment*> active, near;
     std::size_t next = 0;
     for (const Vertex& v : added) {
@@ -148,7 +212,9 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, Triangulat
         for (const Segment* s : active) {
             if (Near(*s, v.x, v.y)) near.push_back(s);
         }
-        if (!TwoCross(near)) return false;
+        const auto crossing = CrossingPair(near);
+        if (!crossing.first) return false;
+        if (!StandsFor(v, *crossing.first, *crossing.second, active, points)) return false;
     }
     return true;
 }

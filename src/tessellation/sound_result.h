@@ -17,8 +17,8 @@ namespace selvora {
 // vertices) is strictly counter-clockwise in the returned coordinates, and
 // every vertex the run added is a coordinate the predicates take, at a place
 // of its own, and near two of the input's segments that cross each other
-// (the two whose crossing it stands for): within 2^-42 of each one's larger
-// end coordinate.
+// (within 2^-42 of each one's larger end coordinate), with nothing of the
+// graph between it and their exact crossing.
 bool IsSound(const selvora_triangulation& result, TriangulatorInput& input);
 
 }  // namespace selvora
