@@ -12,8 +12,12 @@
 // it instead of leaving them crossing its new pieces. Routed segments rarely
 // cross again; where they do, the next round rounds those crossings. Every
 // test is decided exactly (Triangle's orientation predicate), so a graph that
-// leaves here is free of crossings whatever the rounding did; the rounds are
-// bounded, and a graph that would go past the bound is reported.
+// leaves here is free of crossings whatever the rounding did.
+//
+// A segment is only ever split into pieces whose bounds lie inside its own
+// and are smaller, so routing cannot come back to a segment it split and
+// ends. The rounds are bounded as well, and a graph that would go past the
+// bound is reported (none of the drawings tried does).
 #pragma once
 
 #include <vector>

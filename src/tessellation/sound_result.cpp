@@ -141,10 +141,11 @@ class PointsByX {
         std::sort(points_.begin(), points_.end());
     }
 
-    bool AnyWithin(double x0, double y0, double x1, double y1) const {
+    // Whether a point lies in the box, the point `apart` aside.
+    bool AnyWithin(double x0, double y0, double x1, double y1, const double* apart) const {
         auto p = std::lower_bound(points_.begin(), points_.end(), Vertex{x0, -HUGE_VAL, false});
         for (; p != points_.end() && p->x <= x1; ++p) {
-            if (y0 <= p->y && p->y <= y1) return true;
+            if (y0 <= p->y && p->y <= y1 && !(p->x == apart[0] && p->y == apart[1])) return true;
         }
         return false;
     }
@@ -156,8 +157,9 @@ class PointsByX {
 // Whether the vertex v that the triangulator added for the crossing of s and
 // t may stand for it: the exact crossing x, rounded, is a coordinate the
 // predicates take, and nothing of the graph lies between the two (no point in
-// their bounding box, no other segment crossing the line from one to the
-// other). The triangulator then sees the graph around v as it is around x.
+// their bounding box but one at x itself, no other segment crossing the line
+// from one to the other). The triangulator then sees the graph around v as it
+// is around x.
 bool StandsFor(const Vertex& v, const Segment& s, const Segment& t,
                const std::vector<const Segment*>& nearby, const PointsByX& points) {
     const double sa[2] = {s.ax, s.ay}, sb[2] = {s.bx, s.by}, ta[2] = {t.ax, t.ay},
@@ -168,7 +170,7 @@ bool StandsFor(const Vertex& v, const Segment& s, const Segment& t,
     const double p[2] = {v.x, v.y};
     if (p[0] == x[0] && p[1] == x[1]) return true;
     if (points.AnyWithin(std::min(p[0], x[0]), std::min(p[1], x[1]), std::max(p[0], x[0]),
-                         std::max(p[1], x[1]))) {
+                         std::max(p[1], x[1]), x)) {
         return false;
     }
     for (const Segment* u : nearby) {
