@@ -221,10 +221,119 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, Triangulat
     return true;
 }
 
+// The triangles of a result in a grid of cells over their bounds, for the
+// triangles that may hold a point.
+class TriangleGrid {
+  public:
+    explicit TriangleGrid(const selvora_triangulation& result) : result_(result) {
+        x0_ = y0_ = HUGE_VAL;
+        x1_ = y1_ = -HUGE_VAL;
+        for (int t = 0; t < result.count; ++t) {
+            for (int k = 0; k < 3; ++k) {
+                const double* p = Corner(t, k);
+                x0_ = std::min(x0_, p[0]);
+                x1_ = std::max(x1_, p[0]);
+                y0_ = std::min(y0_, p[1]);
+                y1_ = std::max(y1_, p[1]);
+            }
+        }
+        while (side_ * side_ < result.count && side_ < 1024) side_ *= 2;
+        cells_.resize(static_cast<std::size_t>(side_) * static_cast<std::size_t>(side_));
+        for (int t = 0; t < result.count; ++t) {
+            int cx0 = side_, cy0 = side_, cx1 = 0, cy1 = 0;
+            for (int k = 0; k < 3; ++k) {
+                const double* p = Corner(t, k);
+                cx0 = std::min(cx0, Cell(p[0], x0_, x1_));
+                cx1 = std::max(cx1, Cell(p[0], x0_, x1_));
+                cy0 = std::min(cy0, Cell(p[1], y0_, y1_));
+                cy1 = std::max(cy1, Cell(p[1], y0_, y1_));
+            }
+            if ((cx1 - cx0 + 1) * (cy1 - cy0 + 1) > kMostCells) {
+                large_.push_back(t);
+                continue;
+            }
+            for (int cy = cy0; cy <= cy1; ++cy) {
+                for (int cx = cx0; cx <= cx1; ++cx) CellAt(cx, cy).push_back(t);
+            }
+        }
+    }
+
+    // Whether p lies inside or on a triangle without being one of its corners.
+    bool Covers(const double* p) const {
+        if (!(x0_ <= p[0] && p[0] <= x1_ && y0_ <= p[1] && p[1] <= y1_)) return false;
+        const std::vector<int>& cell = cells_[Index(Cell(p[0], x0_, x1_), Cell(p[1], y0_, y1_))];
+        for (int t : cell) {
+            if (Holds(t, p)) return true;
+        }
+        for (int t : large_) {
+            if (Holds(t, p)) return true;
+        }
+        return false;
+    }
+
+  private:
+    static constexpr int kMostCells = 256;  // beyond, a triangle is tried for every point
+
+    const double* Corner(int t, int k) const {
+        return result_.xy +
+               2 * static_cast<std::size_t>(result_.corners[3 * static_cast<std::size_t>(t) + k]);
+    }
+
+    // The cell of v between lo and hi: monotone in v, so that a triangle's
+    // bounds cover the cells of every point inside it.
+    int Cell(double v, double lo, double hi) const {
+        if (!(hi > lo)) return 0;
+        const double at = std::floor((v - lo) / (hi - lo) * side_);
+        return static_cast<int>(std::min(std::max(at, 0.0), side_ - 1.0));
+    }
+
+    std::size_t Index(int cx, int cy) const {
+        return static_cast<std::size_t>(cy) * static_cast<std::size_t>(side_) +
+               static_cast<std::size_t>(cx);
+    }
+    std::vector<int>& CellAt(int cx, int cy) { return cells_[Index(cx, cy)]; }
+
+    bool Holds(int t, const double* p) const {
+        const double *a = Corner(t, 0), *b = Corner(t, 1), *c = Corner(t, 2);
+        for (const double* corner : {a, b, c}) {
+            if (corner[0] == p[0] && corner[1] == p[1]) return false;
+        }
+        return selvora_triangle_orientation(a, b, p) >= 0 &&
+               selvora_triangle_orientation(b, c, p) >= 0 &&
+               selvora_triangle_orientation(c, a, p) >= 0;
+    }
+
+    const selvora_triangulation& result_;
+    double x0_, y0_, x1_, y1_;
+    int side_ = 1;
+    std::vector<std::vector<int>> cells_;
+    std::vector<int> large_;
+};
+
+// No vertex that is a corner of no triangle lies inside or on one. Where the
+// triangulator's mesh folded over itself, the triangles of the fold may have
+// been carved away with the region outside the segments, leaving the
+// vertices between them under a triangle that remains.
+bool NoVertexInsideATriangle(const selvora_triangulation& result) {
+    std::vector<char> corner(static_cast<std::size_t>(result.numPoints), 0);
+    for (std::size_t k = 0; k < 3 * static_cast<std::size_t>(result.count); ++k) {
+        corner[static_cast<std::size_t>(result.corners[k])] = 1;
+    }
+    if (std::find(corner.begin(), corner.end(), 0) == corner.end()) return true;
+    const TriangleGrid grid(result);
+    for (int i = 0; i < result.numPoints; ++i) {
+        if (!corner[static_cast<std::size_t>(i)] &&
+            grid.Covers(result.xy + 2 * static_cast<std::size_t>(i))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 bool IsSound(const selvora_triangulation& result, TriangulatorInput& input) {
-    if (!TrianglesTurnLeft(result)) return false;
+    if (!TrianglesTurnLeft(result) || !NoVertexInsideATriangle(result)) return false;
     if (result.numPoints == input.NumPoints()) return true;
     return AddedVerticesStandAlone(result, input.NumPoints()) &&
            AddedVerticesLieOnCrossings(result, input);

@@ -14,7 +14,8 @@
 namespace selvora {
 
 // True when every triangle of `result` (a checked run over `input`, with its
-// vertices) is strictly counter-clockwise in the returned coordinates, and
+// vertices) is strictly counter-clockwise in the returned coordinates, no
+// vertex that is no corner lies inside or on a triangle, and
 // every vertex the run added is a coordinate the predicates take, at a place
 // of its own, and near two of the input's segments that cross each other
 // (within 2^-42 of each one's larger end coordinate), with nothing of the
