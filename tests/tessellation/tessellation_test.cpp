@@ -32,6 +32,7 @@
 #include "support/graph_children.h"
 #include "support/platform.h"
 #include "support/scratch_dir.h"
+#include "tessellation/triangle_program.h"
 
 namespace {
 
@@ -45,6 +46,16 @@ using selvora_common::TessellateInBuffers;
 using selvora_common::TriangleCorners;
 using selvora_common::TrianglesInBuffer;
 using selvora_common::WriteToBuffers;
+// The triangle program and the graphs the agreement tests share with the
+// checked triangulation's.
+using selvora_test::Canonical;
+using selvora_test::PolyFile;
+using selvora_test::RandomCrossingGraph;
+using selvora_test::RandomNonCrossingGraph;
+using selvora_test::ReadPoly;
+using selvora_test::Reference;
+using selvora_test::RunTriangleProgram;
+using selvora_test::SquareWithInteriorPoints;
 
 struct Buffers {
     double* points = nullptr;
@@ -64,15 +75,6 @@ constexpr size_t kPointsBytes = 0x100000;
 constexpr size_t kSegmentsBytes = 0x80000;
 constexpr size_t kTrianglesBytes = 0xC0000;
 constexpr size_t kHolesBytes = 0xBB80;
-
-// The triangles as a sorted list, each rotated to start at its smallest
-// index; the rotation keeps the orientation.
-std::vector<TriangleCorners> Canonical(std::vector<TriangleCorners> triangles) {
-    for (TriangleCorners& t : triangles)
-        std::rotate(t.begin(), std::min_element(t.begin(), t.end()), t.end());
-    std::sort(triangles.begin(), triangles.end());
-    return triangles;
-}
 
 // Twice the signed area of a triangle: positive when counter-clockwise.
 double Area2(const PlanarGraph& g, const TriangleCorners& t) {
@@ -121,86 +123,6 @@ bool TrianglesUntouched() {
 
 // --- Inputs -----------------------------------------------------------------
 
-// The corners of the square [0, 1000]^2 as a loop of segments and `count`
-// distinct random points strictly inside it. The hull has exactly the four
-// corners, so the triangulation has 2 * (count + 4) - 4 - 2 triangles.
-PlanarGraph SquareWithInteriorPoints(int count, unsigned seed) {
-    PlanarGraph g;
-    g.AddRectangle(0, 0, 1000, 1000);
-    std::mt19937 rng(seed);
-    std::uniform_real_distribution<double> coordinate(1, 999);
-    std::set<std::pair<double, double>> seen;
-    while (static_cast<int>(seen.size()) < count) {
-        const double x = coordinate(rng);
-        const double y = coordinate(rng);
-        if (seen.insert({x, y}).second) g.AddPoint(x, y);
-    }
-    return g;
-}
-
-double Orientation(double ax, double ay, double bx, double by, double cx, double cy) {
-    return (bx - ax) * (cy - ay) - (cx - ax) * (by - ay);
-}
-
-// Whether segments p and q cross at a point inside both (not at a shared end).
-bool Cross(const PlanarGraph& g, int p0, int p1, int q0, int q1) {
-    if (p0 == q0 || p0 == q1 || p1 == q0 || p1 == q1) return false;
-    const double a = Orientation(g.X(p0), g.Y(p0), g.X(p1), g.Y(p1), g.X(q0), g.Y(q0));
-    const double b = Orientation(g.X(p0), g.Y(p0), g.X(p1), g.Y(p1), g.X(q1), g.Y(q1));
-    const double c = Orientation(g.X(q0), g.Y(q0), g.X(q1), g.Y(q1), g.X(p0), g.Y(p0));
-    const double d = Orientation(g.X(q0), g.Y(q0), g.X(q1), g.Y(q1), g.X(p1), g.Y(p1));
-    return ((a > 0 && b < 0) || (a < 0 && b > 0)) && ((c > 0 && d < 0) || (c < 0 && d > 0));
-}
-
-// Random points in a square with its boundary, plus short random segments
-// between nearby points, each kept only if it crosses none kept before.
-PlanarGraph RandomNonCrossingGraph(unsigned seed) {
-    PlanarGraph g = SquareWithInteriorPoints(3000, seed);
-    std::mt19937 rng(seed + 1000);
-    std::uniform_int_distribution<int> pick(4, g.Points() - 1);
-    std::vector<std::pair<int, int>> kept;
-    for (int attempt = 0; attempt < 1500; ++attempt) {
-        const int a = pick(rng);
-        std::vector<int> near;
-        for (int j = 4; j < g.Points(); ++j) {
-            const double dx = g.X(j) - g.X(a), dy = g.Y(j) - g.Y(a);
-            if (j != a && dx * dx + dy * dy < 50.0 * 50.0) near.push_back(j);
-        }
-        if (near.empty()) continue;
-        const int b = near[std::uniform_int_distribution<size_t>(0, near.size() - 1)(rng)];
-        const bool crosses = std::any_of(kept.begin(), kept.end(), [&](const auto& s) {
-            return Cross(g, a, b, s.first, s.second);
-        });
-        if (!crosses) kept.push_back({a, b});
-    }
-    for (const auto& s : kept) g.AddSegment(s.first, s.second);
-    return g;
-}
-
-// Random points in a square with its boundary, plus long segments between
-// random points that cross each other; *crossings receives how many pairs of
-// them cross.
-PlanarGraph RandomCrossingGraph(unsigned seed, int segments, int* crossings) {
-    PlanarGraph g = SquareWithInteriorPoints(3000, seed);
-    std::mt19937 rng(seed + 2000);
-    std::uniform_int_distribution<int> pick(4, g.Points() - 1);
-    std::vector<std::pair<int, int>> added;
-    while (static_cast<int>(added.size()) < segments) {
-        const int a = pick(rng), b = pick(rng);
-        if (a != b) added.push_back({a, b});
-    }
-    *crossings = 0;
-    for (size_t i = 0; i < added.size(); ++i) {
-        for (size_t j = i + 1; j < added.size(); ++j) {
-            if (Cross(g, added[i].first, added[i].second, added[j].first, added[j].second)) {
-                ++*crossings;
-            }
-        }
-    }
-    for (const auto& s : added) g.AddSegment(s.first, s.second);
-    return g;
-}
-
 // The four square holes of the graph with holes: [c - 60, c + 60]^2 around
 // these centres.
 constexpr double kHoleCentres[4][2] = {{300, 300}, {700, 300}, {300, 700}, {700, 700}};
@@ -243,74 +165,6 @@ bool InsidePolygon(const PlanarGraph& g, int count, double x, double y) {
         }
     }
     return inside;
-}
-
-// --- The triangle program ---------------------------------------------------
-
-// The lines of a Triangle input or output file, comments ('#' to the end of
-// the line) and blank lines left out, each split into its fields.
-std::vector<std::vector<std::string>> FileLines(const std::string& path) {
-    std::vector<std::vector<std::string>> lines;
-    std::ifstream in(path);
-    std::string line;
-    while (std::getline(in, line)) {
-        line = line.substr(0, line.find('#'));
-        std::istringstream fields(line);
-        std::vector<std::string> words{std::istream_iterator<std::string>(fields),
-                                       std::istream_iterator<std::string>()};
-        if (!words.empty()) lines.push_back(std::move(words));
-    }
-    return lines;
-}
-
-// The command line that runs `triangle -<switches>` on the .poly file, its
-// output going to the log.
-std::string TriangleCommand(const std::string& switches, const std::string& poly,
-                            const std::string& log) {
-#ifdef _WIN32
-    // cmd.exe takes double quotes, and strips the outer pair of a line that
-    // starts with one: the whole line is quoted once more.
-    const std::string program = selvora_test::BesideThisProgram("triangle.exe");
-    return "\"\"" + program + "\" -" + switches + " \"" + poly + "\" >\"" + log + "\" 2>&1\"";
-#else
-    return std::string(SELVORA_TRIANGLE_PROGRAM) + " -" + switches + " '" + poly + "' >'" + log +
-           "' 2>&1";
-#endif
-}
-
-// Runs `triangle -<switches>` on a .poly file with the given text and reads
-// the triangles of the .ele file it writes, as zero-based indices
-// (firstNumber is the number of the file's first vertex).
-void RunTriangleProgram(const std::string& polyText, const std::string& switches, int firstNumber,
-                        std::vector<TriangleCorners>* triangles) {
-    const selvora_test::ScratchDir dir("selvora-tessellation");
-    ASSERT_FALSE(dir.Path().empty()) << "cannot create a scratch directory";
-    const std::string poly = (dir.Path() / "input.poly").string();
-    const std::string log = (dir.Path() / "triangle.log").string();
-    std::ofstream(poly) << polyText;
-    const std::string command = TriangleCommand(switches, poly, log);
-    ASSERT_EQ(std::system(command.c_str()), 0) << command << '\n'
-                                               << ReadWholeFile(log).value_or("");
-
-    const auto lines = FileLines((dir.Path() / "input.1.ele").string());
-    ASSERT_FALSE(lines.empty()) << "no input.1.ele from: " << command;
-    ASSERT_GE(lines[0].size(), 2u);
-    const int count = std::stoi(lines[0][0]);
-    ASSERT_EQ(std::stoi(lines[0][1]), 3) << "corners per triangle";
-    ASSERT_EQ(lines.size(), static_cast<size_t>(count) + 1);
-    triangles->clear();
-    for (int k = 0; k < count; ++k) {
-        const auto& f = lines[static_cast<size_t>(k) + 1];
-        ASSERT_GE(f.size(), 4u);
-        ASSERT_EQ(std::stoi(f[0]), k + firstNumber);
-        triangles->push_back({std::stoi(f[1]) - firstNumber, std::stoi(f[2]) - firstNumber,
-                              std::stoi(f[3]) - firstNumber});
-    }
-}
-
-// The reference triangulation of g, with the switches the library uses.
-void Reference(const PlanarGraph& g, std::vector<TriangleCorners>* triangles) {
-    RunTriangleProgram(PolyText(g), "pzNPBQ", 0, triangles);
 }
 
 // Triangulates g with the library and requires the same triangles as the
@@ -896,40 +750,6 @@ TEST(TessellationCapacity, ResultAboveTheCapacityIsRefused) {
 }
 
 // --- Agreement with the triangle program -------------------------------------
-
-// A .poly file as Triangle reads it: the graph with indices made zero-based.
-struct PolyFile {
-    PlanarGraph graph;
-    int firstNumber = 0;
-};
-
-void ReadPoly(const std::string& path, PolyFile* out) {
-    const auto lines = FileLines(path);
-    size_t at = 0;
-    auto next = [&]() -> const std::vector<std::string>& { return lines.at(at++); };
-    ASSERT_FALSE(lines.empty()) << "cannot read " << path;
-    const int vertices = std::stoi(next()[0]);
-    for (int i = 0; i < vertices; ++i) {
-        const auto& f = next();
-        ASSERT_GE(f.size(), 3u);
-        if (i == 0) out->firstNumber = std::stoi(f[0]) == 0 ? 0 : 1;
-        ASSERT_EQ(std::stoi(f[0]), i + out->firstNumber);
-        out->graph.AddPoint(std::strtod(f[1].c_str(), nullptr), std::strtod(f[2].c_str(), nullptr));
-    }
-    const int segments = std::stoi(next()[0]);
-    for (int i = 0; i < segments; ++i) {
-        const auto& f = next();
-        ASSERT_GE(f.size(), 3u);
-        out->graph.AddSegment(std::stoi(f[1]) - out->firstNumber,
-                              std::stoi(f[2]) - out->firstNumber);
-    }
-    const int holes = std::stoi(next()[0]);
-    for (int i = 0; i < holes; ++i) {
-        const auto& f = next();
-        ASSERT_GE(f.size(), 3u);
-        out->graph.AddHole(std::strtod(f[1].c_str(), nullptr), std::strtod(f[2].c_str(), nullptr));
-    }
-}
 
 TEST(TessellationAgreement, TheLetterA) {
     const std::string path = "/usr/share/doc/triangle-bin/A.poly";
