@@ -11,7 +11,8 @@ namespace selvora_tool {
 int Fail(const std::string& message);
 
 int RunDemo(const std::string& outDir);
-int RunTessellate(const std::string& polyPath, const std::string& svgPath);
+// checked: OV_doTessellationChecked instead of OV_doTessellation.
+int RunTessellate(const std::string& polyPath, const std::string& svgPath, bool checked);
 int RunRecords(const std::string& path, const std::vector<std::string>& classes, bool repeat);
 // reader: "auto" (CImage::Load, by the name), "bmp" or "tif".
 int RunImage(const std::string& path, const std::string& reader, const std::string& ppmPath);

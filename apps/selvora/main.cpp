@@ -42,16 +42,25 @@ int main(int argc, char** argv) {
     demo->add_option("--out", demoDir, "Folder for the pictures and files (created if needed)")
         ->capture_default_str();
 
-    std::string polyPath, polySvg;
+    std::string polyPath, polySvg, polySvgPositional;
+    bool checked = false;
     CLI::App* tessellate = app.add_subcommand(
         "tessellate",
         "Triangulate a planar graph in the .poly format (vertices, segments, holes)\n"
         "through OV_getTessellationBuffer/OV_doTessellation; print the triangle count\n"
-        "and draw the triangles with the segments highlighted.");
+        "and draw the triangles with the segments highlighted. With --checked,\n"
+        "OV_doTessellationChecked: also the vertices added where segments cross,\n"
+        "counted and drawn, or the code of what it could not do.");
+    tessellate->add_flag("--checked", checked,
+                         "Use OV_doTessellationChecked, which never ends the process and hands "
+                         "back the added vertices");
     tessellate->add_option("FILE.poly", polyPath, "The graph to triangulate")->required();
-    tessellate->add_option("-o,--output", polySvg,
-                           "SVG picture to write (default: the input's name with .svg, "
-                           "in the current folder)");
+    CLI::Option* svgOption =
+        tessellate->add_option("-o,--output", polySvg,
+                               "SVG picture to write (default: the input's name with .svg, "
+                               "in the current folder)");
+    tessellate->add_option("OUT.svg", polySvgPositional, "The SVG picture, as -o names it")
+        ->excludes(svgOption);
 
     std::string recordsPath;
     std::vector<std::string> recordClasses;
@@ -114,7 +123,9 @@ int main(int argc, char** argv) {
     }
 
     if (*demo) return RunDemo(demoDir);
-    if (*tessellate) return RunTessellate(polyPath, polySvg);
+    if (*tessellate) {
+        return RunTessellate(polyPath, polySvg.empty() ? polySvgPositional : polySvg, checked);
+    }
     if (*records) return RunRecords(recordsPath, recordClasses, repeat);
     if (*image) return RunImage(imagePath, reader, ppmPath);
     if (*fetch) return RunFetch(fetchUrl, fetchOut);

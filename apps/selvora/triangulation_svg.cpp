@@ -8,7 +8,6 @@ namespace selvora_tool {
 
 using selvora_common::PlanarGraph;
 using selvora_common::TriangleCorners;
-using selvora_common::UsesAddedPoints;
 
 namespace {
 
@@ -19,14 +18,26 @@ std::vector<PlanePoint> PlanePoints(const std::vector<double>& xy) {
     return points;
 }
 
+// Whether every corner of t names one of `count` known points.
+bool Drawable(const TriangleCorners& t, std::size_t count) {
+    for (int corner : t) {
+        if (corner < 0 || static_cast<std::size_t>(corner) >= count) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool WriteTriangulationSvg(const std::string& path, const std::string& title,
-                           const PlanarGraph& graph,
-                           const std::vector<TriangleCorners>& triangles) {
+                           const PlanarGraph& graph, const std::vector<TriangleCorners>& triangles,
+                           const std::vector<double>& added) {
     const std::vector<PlanePoint> points = PlanePoints(graph.xy);
     const std::vector<PlanePoint> holes = PlanePoints(graph.holes);
-    std::vector<PlanePoint> shown = points;
+    const std::vector<PlanePoint> addedPoints = PlanePoints(added);
+    // The input points, then the added ones: the list the corners index.
+    std::vector<PlanePoint> known = points;
+    known.insert(known.end(), addedPoints.begin(), addedPoints.end());
+    std::vector<PlanePoint> shown = known;
     shown.insert(shown.end(), holes.begin(), holes.end());
     double minX, minY, maxX, maxY;
     SvgPicture::Bounds(shown, minX, minY, maxX, maxY);
@@ -38,13 +49,16 @@ bool WriteTriangulationSvg(const std::string& path, const std::string& title,
               svg.Px(2.5) +
               "; stroke-linecap: round; }\n"
               ".vertex { fill: #1f2d3d; }\n"
+              ".added { fill: #27ae60; stroke: #ffffff; stroke-width: " +
+              svg.Px(0.8) +
+              "; }\n"
               ".hole { fill: none; stroke: #e67e22; stroke-width: " +
               svg.Px(2) + "; }");
 
     svg.BeginGroup("triangles");
     for (const TriangleCorners& t : triangles) {
-        if (UsesAddedPoints(graph, t)) continue;  // no coordinates to draw it with
-        svg.Polygon({points[t[0]], points[t[1]], points[t[2]]}, "triangle");
+        if (!Drawable(t, known.size())) continue;  // no coordinates to draw it with
+        svg.Polygon({known[t[0]], known[t[1]], known[t[2]]}, "triangle");
     }
     svg.EndGroup();
     svg.BeginGroup("segments");
@@ -55,6 +69,12 @@ bool WriteTriangulationSvg(const std::string& path, const std::string& title,
     svg.BeginGroup("vertices");
     for (const PlanePoint& p : points) svg.Dot(p, "vertex", 0.004);
     svg.EndGroup();
+    if (!addedPoints.empty()) {
+        // Drawn over the input points and a little larger, in their own colour.
+        svg.BeginGroup("added");
+        for (const PlanePoint& p : addedPoints) svg.Dot(p, "added", 0.006);
+        svg.EndGroup();
+    }
     svg.BeginGroup("holes");
     for (const PlanePoint& h : holes) svg.Dot(h, "hole", 0.01);
     svg.EndGroup();

@@ -134,6 +134,98 @@ def same_double(a, b):
     return struct.pack("<d", a) == struct.pack("<d", b)
 
 
+def triangle_vertices(poly, workdir):
+    """The triangle program's triangles for poly, as triangle_corners has
+    them, and its vertex list: the input's, then those it added."""
+    corners = triangle_corners(poly, workdir)
+    node = (pathlib.Path(workdir) / "triangle-run" / pathlib.Path(poly).name).with_suffix(".1.node")
+    lines = [l.split() for l in node.read_text().splitlines() if l.strip() and l[0] != "#"]
+    count = int(lines[0][0])
+    return corners, [(float(l[1]), float(l[2])) for l in lines[1 : 1 + count]]
+
+
+def grid_snapped_segments(seed, segments):
+    """A square frame from -0.25 to 1.25, and inside it `segments` segments
+    between points of the unit square on a 0.01 grid (x = k / 100), the k
+    drawn from the Park-Miller generator (x = 48271 x mod 2^31 - 1), the same
+    numbers on every platform. Returns (points, segment end pairs)."""
+    points = [(-0.25, -0.25), (1.25, -0.25), (1.25, 1.25), (-0.25, 1.25)]
+    pairs = [(0, 1), (1, 2), (2, 3), (3, 0)]
+    state = seed
+    for _ in range(segments):
+        ks = []
+        for _ in range(4):
+            state = state * 48271 % 2147483647
+            ks.append(state % 101)
+        pairs.append((len(points), len(points) + 1))
+        points += [(ks[0] / 100, ks[1] / 100), (ks[2] / 100, ks[3] / 100)]
+    return points, pairs
+
+
+def poly_text(points, pairs):
+    """A .poly file of the points (numbered from 0) and segments, no holes;
+    every coordinate written so that it reads back the same."""
+    text = f"{len(points)} 2 0 0\n"
+    text += "".join(f"{i} {x!r} {y!r}\n" for i, (x, y) in enumerate(points))
+    text += f"{len(pairs)} 0\n" + "".join(f"{i} {a} {b}\n" for i, (a, b) in enumerate(pairs))
+    return text + "0\n"
+
+
+def crossing_points(points, pairs):
+    """The places, exactly, where two segments cross at a point inside both
+    (segments along one line share no such point), leaving out places of
+    input points: the vertices a triangulation must add."""
+    from fractions import Fraction
+
+    exact = [(Fraction(x), Fraction(y)) for x, y in points]
+    places = set(exact)
+    found = set()
+    for i, (a, b) in enumerate(pairs):
+        (ax, ay), (bx, by) = exact[a], exact[b]
+        for c, d in pairs[i + 1 :]:
+            (cx, cy), (dx, dy) = exact[c], exact[d]
+            denominator = (bx - ax) * (dy - cy) - (by - ay) * (dx - cx)
+            if denominator == 0:
+                continue  # parallel, or along one line
+            t = ((cx - ax) * (dy - cy) - (cy - ay) * (dx - cx)) / denominator
+            u = ((cx - ax) * (by - ay) - (cy - ay) * (bx - ax)) / denominator
+            if 0 < t < 1 and 0 < u < 1:
+                place = (ax + t * (bx - ax), ay + t * (by - ay))
+                if place not in places:
+                    found.add(place)
+    return found
+
+
+def svg_places(path, group, tag, cls):
+    """(x, y) of the <circle> elements of a group, y pointing up again."""
+    return [(float(e.get("cx")), -float(e.get("cy"))) for e in svg_elements(path, group, tag, cls)]
+
+
+def svg_triangle_area(path):
+    """The signed areas of the drawn triangles added up (y pointing up)."""
+    total = 0.0
+    for polygon in svg_elements(path, "triangles", "polygon", "triangle"):
+        (x0, y0), (x1, y1), (x2, y2) = [
+            (float(x), -float(y)) for x, y in (p.split(",") for p in polygon.get("points").split())
+        ]
+        total += ((x1 - x0) * (y2 - y0) - (x2 - x0) * (y1 - y0)) / 2
+    return total
+
+
+def same_places(found, expected, tolerance):
+    """Whether two lists of places match one to one within the tolerance (the
+    SVG file writes 9 significant digits)."""
+    if len(found) != len(expected):
+        return False
+    left = sorted(expected)
+    for p in sorted(found):
+        near = [q for q in left if abs(p[0] - q[0]) <= tolerance and abs(p[1] - q[1]) <= tolerance]
+        if not near:
+            return False
+        left.remove(near[0])
+    return True
+
+
 class HelpTest(ToolCase):
     SUBCOMMANDS = ["demo", "tessellate", "records", "image", "fetch", "matrix"]
 
@@ -306,6 +398,93 @@ class TessellateTest(ToolCase):
         self.assertIn(f"\n{len(corners)} triangles\n{hidden} of them use points added", out)
         drawn = svg_elements(self.tmp / "cross.svg", "triangles", "polygon", "triangle")
         self.assertEqual(len(drawn), len(corners) - hidden)
+
+    def test_checked_draws_the_added_vertices(self):
+        # The square with two segments crossing inside it: with --checked the
+        # crossing comes back, is counted and drawn with the triangles using it.
+        path = self.poly(
+            "cross.poly",
+            "8 2 0 0\n0 0 0\n1 4 0\n2 4 4\n3 0 4\n4 1 1\n5 3 3\n6 1 3\n7 3 1\n"
+            "6 0\n0 0 1\n1 1 2\n2 2 3\n3 3 0\n4 4 5\n5 6 7\n0\n",
+        )
+        corners, vertices = triangle_vertices(path, self.tmp)
+        added = vertices[8:]
+        self.assertGreater(len(added), 0)
+        picture = self.tmp / "cross.svg"
+        out = self.assertSucceeds(["tessellate", "--checked", path, picture])
+        self.assertIn(f"8 points, 6 segments, 0 holes\n{len(corners)} triangles\n", out)
+        noun = "vertex" if len(added) == 1 else "vertices"
+        self.assertIn(f"\n{len(added)} added {noun}\n", out)
+        drawn = svg_elements(picture, "triangles", "polygon", "triangle")
+        self.assertEqual(len(drawn), len(corners))  # those using the crossing too
+        self.assertTrue(same_places(svg_places(picture, "added", "circle", "added"), added, 1e-8))
+        self.assertEqual(len(svg_elements(picture, "vertices", "circle", "vertex")), 8)
+        self.assertTrue(math.isclose(svg_triangle_area(picture), 16.0, rel_tol=1e-8))
+        # The same graph without --checked: the crossing's triangles are left
+        # out and no vertex is marked as added.
+        plain = self.tmp / "plain.svg"
+        self.assertSucceeds(["tessellate", path, "-o", plain])
+        self.assertEqual(ET.parse(plain).getroot().findall(f".//{SVG}g[@id='added']"), [])
+
+    # Twenty random segments on the 0.01 grid in a frame, on which
+    # OV_doTessellation meets an internal error of the triangulator and ends
+    # the process.
+    GRID_SEED = 105
+    GRID_SEGMENTS = 20
+
+    def test_checked_triangulates_where_the_plain_call_fails(self):
+        points, pairs = grid_snapped_segments(self.GRID_SEED, self.GRID_SEGMENTS)
+        path = self.poly("grid.poly", poly_text(points, pairs))
+        status, out, err = run(["tessellate", path, "-o", self.tmp / "plain.svg"], cwd=self.tmp)
+        self.assertEqual(status, 1, f"OV_doTessellation no longer fails here: {err}")
+        self.assertFalse(err.startswith("selvora: "), "the library ends the process")
+        self.assertFalse((self.tmp / "plain.svg").exists())
+
+        # Expected: every crossing, exactly, rounded to doubles. In this
+        # graph they are far apart from each other and from the input points
+        # (beyond any rounding), so each is a vertex of its own. The frame's
+        # four corners are the hull, covered by segments, and no hole: by
+        # Euler's formula a triangulation of n vertices has 2n - 6 triangles.
+        added = sorted((float(x), float(y)) for x, y in crossing_points(points, pairs))
+        places = sorted(set(points))
+
+        def apart(p, q):
+            return max(abs(p[0] - q[0]), abs(p[1] - q[1])) > 1e-6
+
+        for i, p in enumerate(added):
+            self.assertTrue(all(apart(p, q) for q in places + added[i + 1 :]), p)
+        expected = 2 * (len(places) + len(added)) - 6
+
+        picture = self.tmp / "grid.svg"
+        out = self.assertSucceeds(["tessellate", "--checked", path, "-o", picture])
+        self.assertIn(f"\n{expected} triangles\n{len(added)} added vertices\n", out)
+        self.assertEqual(len(svg_elements(picture, "triangles", "polygon", "triangle")), expected)
+        self.assertTrue(same_places(svg_places(picture, "added", "circle", "added"), added, 1e-8))
+        self.assertTrue(math.isclose(svg_triangle_area(picture), 1.5 * 1.5, rel_tol=1e-7))
+
+    def test_checked_names_what_it_cannot_do(self):
+        huge = self.poly("huge.poly", "3 2\n0 0 0\n1 1.0000000000000001e76 0\n2 0 1\n0\n0\n")
+        self.assertFailsClearly(["tessellate", "--checked", huge],
+                                "returned -4, OV_TESSELLATION_BAD_COORDINATE: ")
+        two = self.poly("two.poly", "2 2 0 0\n0 0 0\n1 1 0\n0\n0\n")
+        self.assertFailsClearly(["tessellate", "--checked", two],
+                                "returned -1, OV_TESSELLATION_TOO_FEW_POINTS: ")
+        many = 65537
+        text = [f"{many} 2 0 0"] + [f"{i} {i % 256} {i // 256}" for i in range(many)]
+        big = self.poly("big.poly", "\n".join(text + ["0", "0"]) + "\n")
+        self.assertFailsClearly(["tessellate", "--checked", big],
+                                "returned -2, OV_TESSELLATION_BAD_COUNT: ")
+        self.assertFalse((self.tmp / "huge.svg").exists())
+
+    def test_picture_named_after_the_file(self):
+        sample = os.environ["TRIANGLE_SAMPLE"]
+        picture = self.tmp / "positional.svg"
+        out = self.assertSucceeds(["tessellate", sample, picture])
+        self.assertIn(f"picture: {picture}\n", out)
+        expected = triangle_count(sample, self.tmp)
+        self.assertEqual(len(svg_elements(picture, "triangles", "polygon", "triangle")), expected)
+        self.assertFailsClearly(["tessellate", sample, picture, "-o", self.tmp / "x.svg"],
+                                "excludes")
 
     def test_points_at_one_place_and_repeated_points(self):
         same = self.poly("same.poly", "3 2\n0 5 5\n1 5 5\n2 5 5\n3 0\n0 0 1\n1 1 2\n2 2 0\n0\n")
