@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets for the image readers, the selvora tool's .poly
-# reader and the tessellation interface (clang, in build-fuzz/) and runs each
-# for a bounded time, seeded from the test images and Triangle's sample graph
-# (the tessellation fuzzer starts from nothing).
+# reader and the tessellation interface, plain and checked (clang, in
+# build-fuzz/) and runs each for a bounded time, seeded from the test images
+# and Triangle's sample graph (the tessellation fuzzers start from nothing).
 #
 #   fuzz/run.sh
 #
@@ -19,7 +19,8 @@ seconds="${FUZZ_SECONDS:-60}"
 
 CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DSELVORA_BUILD_FUZZERS=ON -DSELVORA_BUILD_TESTS=OFF -DSELVORA_BUILD_TOOLS=OFF >/dev/null
-cmake --build "$build" -j2 --target bmp_fuzzer tiff_fuzzer poly_fuzzer tessellation_fuzzer
+cmake --build "$build" -j2 --target bmp_fuzzer tiff_fuzzer poly_fuzzer tessellation_fuzzer \
+    checked_tessellation_fuzzer
 
 # Scratch files of the fuzzers stay inside the build directory.
 export TMPDIR="$build/tmp"
@@ -61,4 +62,5 @@ run tiff_fuzzer "$testdata/libtiff-images"
 run poly_fuzzer /usr/share/doc/triangle-bin
 # Graphs take many bytes: inputs of any length from the start.
 run tessellation_fuzzer -- -len_control=0 -max_len=1024
+run checked_tessellation_fuzzer -- -len_control=0 -max_len=1024
 exit "$status"
