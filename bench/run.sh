@@ -49,6 +49,10 @@ RATIOS = [
     ("BM_Line_PointSampleByStep/real_time", "BM_Line_HandLoopByStepZeroed/real_time", None),
     ("BM_ArcPointSample/real_time", "BM_ArcHandLoop/real_time", 1.2),
     ("BM_OvDoTessellation/real_time", "BM_TriangulateDirect/real_time", 1.0),
+    # The checked call against the plain one, on each graph where both succeed.
+    ("BM_OvDoTessellationChecked/real_time", "BM_OvDoTessellation/real_time", 1.3),
+    ("BM_OvDoTessellationCheckedCrossings/real_time",
+     "BM_OvDoTessellationCrossings/real_time", 1.3),
     ("BM_CImage_LoadBmp/real_time", "BM_Stb_LoadBmp/real_time", 1.2),
     ("BM_CImage_LoadTif/real_time", "BM_LibTiff_ScanlineLoop/real_time", 1.1),
     ("BM_CImage_LoadTifConverted/real_time", "BM_LibTiff_ReadRgbaImage/real_time", 1.1),

@@ -3,6 +3,12 @@
 // it under its guard (bounds on recursion and work, allocations kept per
 // call), and adds the count checks, the preparation of the input, the lock and
 // copying the result into the shared triangles buffer.
+//
+// And OV_doTessellationChecked against OV_doTessellation on graphs where both
+// succeed, with and without crossings: the checked call runs the same
+// triangulation first and resolves crossings itself only when Triangle fails,
+// so there its cost over the plain call is its own checks and bookkeeping
+// (and handing back the added vertices).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -138,6 +144,89 @@ void BM_TriangulateDirect(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_TriangulateDirect)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// 3,000 short segments crossing each other in the square [0, 1000]^2 (about
+// 700 crossings), for the vertices added at crossings: each from a random
+// point to one up to 20 away each way. The coordinates are taken from the
+// generator's raw 32-bit outputs, so the graph is the same with every
+// standard library; OV_doTessellation triangulates it.
+const Input& Crossings() {
+    static const Input input = [] {
+        Input in;
+        in.AddSquare(0, 0, 1000);
+        std::mt19937 rng(7);
+        const auto unit = [&rng] { return static_cast<double>(rng()) / 4294967296.0; };
+        for (int k = 0; k < 3000; ++k) {
+            const double x = 20 + 960 * unit(), y = 20 + 960 * unit();
+            const int first = in.Points();
+            in.points.insert(in.points.end(), {x, y, x + 40 * unit() - 20, y + 40 * unit() - 20});
+            in.segments.insert(in.segments.end(), {first, first + 1});
+        }
+        return in;
+    }();
+    return input;
+}
+
+std::vector<int> TrianglesInBuffer(int count) {
+    int* triangles = nullptr;
+    OV_getTessellationBuffer(nullptr, nullptr, &triangles, nullptr);
+    return std::vector<int>(triangles, triangles + 3 * std::max(count, 0));
+}
+
+// The checked call must give the plain call's triangles (and, on a graph
+// without crossings, add no vertex) before either is timed.
+bool SameAsPlain(benchmark::State& state, const Input& input, bool crossings) {
+    WriteToBuffers(input);
+    const int plain = OV_doTessellation(input.Points(), input.Segments(), input.Holes());
+    const std::vector<int> plainCorners = TrianglesInBuffer(plain);
+    WriteToBuffers(input);
+    int added = -1;
+    const int checked =
+        OV_doTessellationChecked(input.Points(), input.Segments(), input.Holes(), &added);
+    if (plain <= 0 || checked != plain || (added > 0) != crossings ||
+        TrianglesInBuffer(checked) != plainCorners) {
+        state.SkipWithError("OV_doTessellationChecked and OV_doTessellation disagree");
+        return false;
+    }
+    state.counters["triangles"] = checked;
+    state.counters["added"] = added;
+    return true;
+}
+
+void TimePlain(benchmark::State& state, const Input& input) {
+    WriteToBuffers(input);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            OV_doTessellation(input.Points(), input.Segments(), input.Holes()));
+        benchmark::ClobberMemory();
+    }
+}
+
+void TimeChecked(benchmark::State& state, const Input& input) {
+    WriteToBuffers(input);
+    int added = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            OV_doTessellationChecked(input.Points(), input.Segments(), input.Holes(), &added));
+        benchmark::ClobberMemory();
+    }
+}
+
+// The graph with holes, as BM_OvDoTessellation times it.
+void BM_OvDoTessellationChecked(benchmark::State& state) {
+    if (SameAsPlain(state, TheInput(), false)) TimeChecked(state, TheInput());
+}
+BENCHMARK(BM_OvDoTessellationChecked)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_OvDoTessellationCrossings(benchmark::State& state) {
+    if (SameAsPlain(state, Crossings(), true)) TimePlain(state, Crossings());
+}
+BENCHMARK(BM_OvDoTessellationCrossings)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_OvDoTessellationCheckedCrossings(benchmark::State& state) {
+    if (SameAsPlain(state, Crossings(), true)) TimeChecked(state, Crossings());
+}
+BENCHMARK(BM_OvDoTessellationCheckedCrossings)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 
