@@ -456,24 +456,6 @@ Triangles ByPlace(const PlanarGraph& g, Triangles triangles) {
     return Canonical(triangles);
 }
 
-// The graph as the library triangulates it, for the program: segment ends at
-// the first point of their place, each segment once, none from a place to
-// itself (the program would insert a repeated segment twice, and compute its
-// crossings twice). Points at one place are left in: the program keeps the
-// first of them.
-PlanarGraph AsTheLibraryTakesIt(const PlanarGraph& g) {
-    std::map<std::pair<double, double>, int> first;
-    for (int i = g.Points() - 1; i >= 0; --i) first[{g.X(i) + 0.0, g.Y(i) + 0.0}] = i;
-    PlanarGraph out{g.xy, {}, g.holes};
-    std::set<std::pair<int, int>> seen;
-    for (int s = 0; s < g.Segments(); ++s) {
-        const int a = g.segments[2 * size_t(s)], b = g.segments[2 * size_t(s) + 1];
-        const int p = first[{g.X(a) + 0.0, g.Y(a) + 0.0}], q = first[{g.X(b) + 0.0, g.Y(b) + 0.0}];
-        if (p != q && seen.insert({std::min(p, q), std::max(p, q)}).second) out.AddSegment(p, q);
-    }
-    return out;
-}
-
 // The checked triangulation of g has the reference's triangles, no added
 // vertex that the reference lacks, and passes the check.
 void ExpectAgreement(const PlanarGraph& g, const Triangles& reference) {
@@ -519,6 +501,25 @@ TEST(CheckedTessellationAgreement, RandomGraphsWithCrossings) {
     }
 }
 
+#ifndef _WIN32  // the program is stopped after a time by coreutils' timeout
+// The graph as the library triangulates it, for the program: segment ends at
+// the first point of their place, each segment once, none from a place to
+// itself (the program would insert a repeated segment twice, and compute its
+// crossings twice). Points at one place are left in: the program keeps the
+// first of them.
+PlanarGraph AsTheLibraryTakesIt(const PlanarGraph& g) {
+    std::map<std::pair<double, double>, int> first;
+    for (int i = g.Points() - 1; i >= 0; --i) first[{g.X(i) + 0.0, g.Y(i) + 0.0}] = i;
+    PlanarGraph out{g.xy, {}, g.holes};
+    std::set<std::pair<int, int>> seen;
+    for (int s = 0; s < g.Segments(); ++s) {
+        const int a = g.segments[2 * size_t(s)], b = g.segments[2 * size_t(s) + 1];
+        const int p = first[{g.X(a) + 0.0, g.Y(a) + 0.0}], q = first[{g.X(b) + 0.0, g.Y(b) + 0.0}];
+        if (p != q && seen.insert({std::min(p, q), std::max(p, q)}).second) out.AddSegment(p, q);
+    }
+    return out;
+}
+
 // The graphs of the families below, small enough for many runs of the
 // program. Where the program succeeds with a valid triangulation, the library
 // runs the same triangulation and must give the same triangles when nothing
@@ -529,7 +530,6 @@ TEST(CheckedTessellationAgreement, RandomGraphsWithCrossings) {
 // result must be valid. Where the program's crossings cannot be confirmed,
 // the library resolves the graph anew: then only its validity is required. (The program runs with
 // the library's switches but for N, so that it writes the vertices it adds.)
-#ifndef _WIN32  // the program is stopped after a time by coreutils' timeout
 TEST(CheckedTessellationAgreement, RandomFamilyGraphs) {
     int agreed = 0, programFailed = 0, programInvalid = 0, withCrossings = 0, departed = 0;
     for (unsigned seed = 1; seed <= 20; ++seed) {
