@@ -523,13 +523,13 @@ PlanarGraph AsTheLibraryTakesIt(const PlanarGraph& g) {
 // The graphs of the families below, small enough for many runs of the
 // program. Where the program succeeds with a valid triangulation, the library
 // runs the same triangulation and must give the same triangles when nothing
-// crosses. Where it
-// fails (an error, a crash, or no end within 2 s, where it has looped on such
-// small graphs) or comes back with triangles that are no triangulation (it
-// rounds crossings and may put two added vertices at one place), the checked
-// result must be valid. Where the program's crossings cannot be confirmed,
-// the library resolves the graph anew: then only its validity is required. (The program runs with
-// the library's switches but for N, so that it writes the vertices it adds.)
+// crosses. Where it fails (an error, a crash, or no end within 2 s, where it
+// has looped on such small graphs) or comes back with triangles that are no
+// triangulation (it rounds crossings and may put two added vertices at one
+// place), the checked result must be valid. Where the program's crossings
+// cannot be confirmed, the library resolves the graph anew: then only its
+// validity is required. (The program runs with the library's switches but
+// for N, so that it writes the vertices it adds.)
 TEST(CheckedTessellationAgreement, RandomFamilyGraphs) {
     int agreed = 0, programFailed = 0, programInvalid = 0, withCrossings = 0, departed = 0;
     for (unsigned seed = 1; seed <= 20; ++seed) {
