@@ -181,10 +181,8 @@ bool StandsFor(const Vertex& v, const Segment& s, const Segment& t,
     return true;
 }
 
-// Every added vertex near two of the input's segments that cross each other,
-// and standing for their crossing; the segments are found by a sweep in x
-// over their widened bounds.
-bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, TriangulatorInput& input) {
+// The input's segments, widened, in order of their left bounds.
+std::vector<Segment> SegmentsByX(TriangulatorInput& input) {
     const double* xy = input.Points();
     const int* ends = input.Segments();
     std::vector<Segment> segments;
@@ -195,6 +193,15 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, Triangulat
     }
     std::sort(segments.begin(), segments.end(),
               [](const Segment& p, const Segment& q) { return p.x0 < q.x0; });
+    return segments;
+}
+
+// Every added vertex near two of the input's segments that cross each other,
+// and standing for their crossing; the segments are found by a sweep in x
+// over their widened bounds.
+bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, TriangulatorInput& input) {
+    const double* xy = input.Points();
+    const std::vector<Segment> segments = SegmentsByX(input);
     std::vector<Vertex> added;
     for (int i = input.NumPoints(); i < result.numPoints; ++i) {
         added.push_back({result.xy[2 * static_cast<std::size_t>(i)],
@@ -217,6 +224,55 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, Triangulat
         const auto crossing = CrossingPair(near);
         if (!crossing.first) return false;
         if (!StandsFor(v, *crossing.first, *crossing.second, active, points)) return false;
+    }
+    return true;
+}
+
+// No edge of a triangle crosses one of the input's segments unless an end of
+// the edge lies near the segment (a vertex added on it, whose edges may pass
+// its line by the rounding). Where the triangulator routed a segment through
+// vertices away from it, an edge crosses it elsewhere. Edges and segments
+// meet in a sweep over their bounds in x.
+bool NoEdgeCutsASegment(const selvora_triangulation& result, TriangulatorInput& input) {
+    struct MeshEdge {
+        int p, q;
+        double x0, x1;
+    };
+    std::vector<MeshEdge> edges;
+    edges.reserve(3 * static_cast<std::size_t>(result.count));
+    auto at = [&](int i) { return result.xy + 2 * static_cast<std::size_t>(i); };
+    for (int t = 0; t < result.count; ++t) {
+        const int* c = result.corners + 3 * static_cast<std::size_t>(t);
+        for (int k = 0; k < 3; ++k) {
+            const int p = std::min(c[k], c[(k + 1) % 3]), q = std::max(c[k], c[(k + 1) % 3]);
+            edges.push_back({p, q, std::min(at(p)[0], at(q)[0]), std::max(at(p)[0], at(q)[0])});
+        }
+    }
+    // Each edge once (most belong to two triangles).
+    auto byEnds = [](const MeshEdge& a, const MeshEdge& b) {
+        return a.p != b.p ? a.p < b.p : a.q < b.q;
+    };
+    auto sameEnds = [](const MeshEdge& a, const MeshEdge& b) { return a.p == b.p && a.q == b.q; };
+    std::sort(edges.begin(), edges.end(), byEnds);
+    edges.erase(std::unique(edges.begin(), edges.end(), sameEnds), edges.end());
+    std::sort(edges.begin(), edges.end(),
+              [](const MeshEdge& a, const MeshEdge& b) { return a.x0 < b.x0; });
+    const std::vector<Segment> segments = SegmentsByX(input);
+    std::vector<const Segment*> active;
+    std::size_t next = 0;
+    for (const MeshEdge& e : edges) {
+        while (next < segments.size() && segments[next].x0 <= e.x1) {
+            active.push_back(&segments[next++]);
+        }
+        active.erase(std::remove_if(active.begin(), active.end(),
+                                    [&](const Segment* s) { return s->x1 < e.x0; }),
+                     active.end());
+        const double *p = at(e.p), *q = at(e.q);
+        const Segment edge = SegmentOf(p, q);
+        for (const Segment* s : active) {
+            if (!CrossProperly(edge, *s)) continue;
+            if (!Near(*s, p[0], p[1]) && !Near(*s, q[0], q[1])) return false;
+        }
     }
     return true;
 }
@@ -336,7 +392,7 @@ bool IsSound(const selvora_triangulation& result, TriangulatorInput& input) {
     if (!TrianglesTurnLeft(result) || !NoVertexInsideATriangle(result)) return false;
     if (result.numPoints == input.NumPoints()) return true;
     return AddedVerticesStandAlone(result, input.NumPoints()) &&
-           AddedVerticesLieOnCrossings(result, input);
+           AddedVerticesLieOnCrossings(result, input) && NoEdgeCutsASegment(result, input);
 }
 
 }  // namespace selvora
