@@ -228,51 +228,112 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, Triangulat
     return true;
 }
 
+// Segments in a grid of cells over their bounds, for the segments whose
+// bounds may overlap a box. The cell of a coordinate is monotone in it, so a
+// box's cells cover those of every segment overlapping it.
+class SegmentGrid {
+  public:
+    explicit SegmentGrid(const std::vector<Segment>& segments) : segments_(segments) {
+        for (const Segment& s : segments) {
+            x0_ = std::min(x0_, s.x0);
+            x1_ = std::max(x1_, s.x1);
+            y0_ = std::min(y0_, s.y0);
+            y1_ = std::max(y1_, s.y1);
+        }
+        while (side_ * side_ < static_cast<int>(segments.size()) && side_ < 1024) side_ *= 2;
+        cells_.resize(static_cast<std::size_t>(side_) * static_cast<std::size_t>(side_));
+        for (std::size_t k = 0; k < segments.size(); ++k) {
+            const Range r = RangeOf(segments[k]);
+            if (r.Cells() > kMostCells) {
+                large_.push_back(k);
+                continue;
+            }
+            for (int cy = r.cy0; cy <= r.cy1; ++cy) {
+                for (int cx = r.cx0; cx <= r.cx1; ++cx) cells_[Index(cx, cy)].push_back(k);
+            }
+        }
+    }
+
+    // Whether `test` holds for a segment whose cells meet the box's.
+    template <typename Test>
+    bool AnyOver(const Segment& box, Test test) const {
+        for (std::size_t k : large_) {
+            if (test(segments_[k])) return true;
+        }
+        const Range r = RangeOf(box);
+        if (r.Cells() > kMostCells) {
+            for (const Segment& s : segments_) {
+                if (test(s)) return true;
+            }
+            return false;
+        }
+        for (int cy = r.cy0; cy <= r.cy1; ++cy) {
+            for (int cx = r.cx0; cx <= r.cx1; ++cx) {
+                for (std::size_t k : cells_[Index(cx, cy)]) {
+                    if (test(segments_[k])) return true;
+                }
+            }
+        }
+        return false;
+    }
+
+  private:
+    static constexpr int kMostCells = 64;
+
+    struct Range {
+        int cx0, cy0, cx1, cy1;
+        long Cells() const { return long(cx1 - cx0 + 1) * long(cy1 - cy0 + 1); }
+    };
+
+    int Cell(double v, double lo, double hi) const {
+        if (!(hi > lo)) return 0;
+        const double at = std::floor((v - lo) / (hi - lo) * side_);
+        return static_cast<int>(std::min(std::max(at, 0.0), side_ - 1.0));
+    }
+    Range RangeOf(const Segment& s) const {
+        return {Cell(s.x0, x0_, x1_), Cell(s.y0, y0_, y1_), Cell(s.x1, x0_, x1_),
+                Cell(s.y1, y0_, y1_)};
+    }
+    std::size_t Index(int cx, int cy) const {
+        return static_cast<std::size_t>(cy) * static_cast<std::size_t>(side_) +
+               static_cast<std::size_t>(cx);
+    }
+
+    const std::vector<Segment>& segments_;
+    double x0_ = HUGE_VAL, y0_ = HUGE_VAL, x1_ = -HUGE_VAL, y1_ = -HUGE_VAL;
+    int side_ = 1;
+    std::vector<std::vector<std::size_t>> cells_;
+    std::vector<std::size_t> large_;
+};
+
 // No edge of a triangle crosses one of the input's segments unless an end of
 // the edge lies near the segment (a vertex added on it, whose edges may pass
 // its line by the rounding). Where the triangulator routed a segment through
-// vertices away from it, an edge crosses it elsewhere. Edges and segments
-// meet in a sweep over their bounds in x.
+// vertices away from it, an edge crosses it elsewhere. Edges find the
+// segments near them in a grid.
 bool NoEdgeCutsASegment(const selvora_triangulation& result, TriangulatorInput& input) {
-    struct MeshEdge {
-        int p, q;
-        double x0, x1;
-    };
-    std::vector<MeshEdge> edges;
-    edges.reserve(3 * static_cast<std::size_t>(result.count));
-    auto at = [&](int i) { return result.xy + 2 * static_cast<std::size_t>(i); };
+    // Each edge once (most belong to two triangles), by its ends.
+    std::vector<std::pair<int, int>> ends;
+    ends.reserve(3 * static_cast<std::size_t>(result.count));
     for (int t = 0; t < result.count; ++t) {
         const int* c = result.corners + 3 * static_cast<std::size_t>(t);
         for (int k = 0; k < 3; ++k) {
-            const int p = std::min(c[k], c[(k + 1) % 3]), q = std::max(c[k], c[(k + 1) % 3]);
-            edges.push_back({p, q, std::min(at(p)[0], at(q)[0]), std::max(at(p)[0], at(q)[0])});
+            ends.push_back({std::min(c[k], c[(k + 1) % 3]), std::max(c[k], c[(k + 1) % 3])});
         }
     }
-    // Each edge once (most belong to two triangles).
-    auto byEnds = [](const MeshEdge& a, const MeshEdge& b) {
-        return a.p != b.p ? a.p < b.p : a.q < b.q;
-    };
-    auto sameEnds = [](const MeshEdge& a, const MeshEdge& b) { return a.p == b.p && a.q == b.q; };
-    std::sort(edges.begin(), edges.end(), byEnds);
-    edges.erase(std::unique(edges.begin(), edges.end(), sameEnds), edges.end());
-    std::sort(edges.begin(), edges.end(),
-              [](const MeshEdge& a, const MeshEdge& b) { return a.x0 < b.x0; });
+    std::sort(ends.begin(), ends.end());
+    ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
+    auto at = [&](int i) { return result.xy + 2 * static_cast<std::size_t>(i); };
     const std::vector<Segment> segments = SegmentsByX(input);
-    std::vector<const Segment*> active;
-    std::size_t next = 0;
-    for (const MeshEdge& e : edges) {
-        while (next < segments.size() && segments[next].x0 <= e.x1) {
-            active.push_back(&segments[next++]);
-        }
-        active.erase(std::remove_if(active.begin(), active.end(),
-                                    [&](const Segment* s) { return s->x1 < e.x0; }),
-                     active.end());
-        const double *p = at(e.p), *q = at(e.q);
-        const Segment edge = SegmentOf(p, q);
-        for (const Segment* s : active) {
-            if (!CrossProperly(edge, *s)) continue;
-            if (!Near(*s, p[0], p[1]) && !Near(*s, q[0], q[1])) return false;
-        }
+    const SegmentGrid grid(segments);
+    auto cut = [](const Segment& edge, const Segment& s) {
+        if (edge.x0 > s.x1 || s.x0 > edge.x1 || edge.y0 > s.y1 || s.y0 > edge.y1) return false;
+        if (!CrossProperly(edge, s)) return false;
+        return !Near(s, edge.ax, edge.ay) && !Near(s, edge.bx, edge.by);
+    };
+    for (const auto& [p, q] : ends) {
+        const Segment edge = SegmentOf(at(p), at(q));
+        if (grid.AnyOver(edge, [&](const Segment& s) { return cut(edge, s); })) return false;
     }
     return true;
 }
@@ -389,9 +450,11 @@ bool NoVertexInsideATriangle(const selvora_triangulation& result) {
 }  // namespace
 
 bool IsSound(const selvora_triangulation& result, TriangulatorInput& input) {
-    if (!TrianglesTurnLeft(result) || !NoVertexInsideATriangle(result)) return false;
+    // Without added vertices every decision of the run was exact: its mesh is
+    // a constrained Delaunay triangulation of the graph as it stands.
     if (result.numPoints == input.NumPoints()) return true;
-    return AddedVerticesStandAlone(result, input.NumPoints()) &&
+    return TrianglesTurnLeft(result) && NoVertexInsideATriangle(result) &&
+           AddedVerticesStandAlone(result, input.NumPoints()) &&
            AddedVerticesLieOnCrossings(result, input) && NoEdgeCutsASegment(result, input);
 }
 

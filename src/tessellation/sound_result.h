@@ -13,13 +13,14 @@
 
 namespace selvora {
 
-// True when every triangle of `result` (a checked run over `input`, with its
-// vertices) is strictly counter-clockwise in the returned coordinates, no
-// vertex that is no corner lies inside or on a triangle, and
-// every vertex the run added is a coordinate the predicates take, at a place
-// of its own, and near two of the input's segments that cross each other
-// (within 2^-42 of each one's larger end coordinate), with nothing of the
-// graph between it and their exact crossing.
+// True when `result` (a checked run over `input`, with its vertices) added no
+// vertex: the run then decided everything exactly. Otherwise true when every
+// triangle is strictly counter-clockwise in the returned coordinates, no
+// vertex that is no corner lies inside or on a triangle, every added vertex is
+// a coordinate the predicates take, at a place of its own, near two of the
+// input's segments that cross each other (within 2^-42 of each one's larger
+// end coordinate) with nothing of the graph between it and their exact
+// crossing, and no edge crosses a segment away from the vertices near it.
 bool IsSound(const selvora_triangulation& result, TriangulatorInput& input);
 
 }  // namespace selvora
