@@ -650,8 +650,10 @@ class Checker {
     // The sum of the triangles' doubled areas, exact, against the hull's.
     // Without holes and with the hull's boundary all segments, they are
     // equal: the triangles tile the hull, and both sums are exact, so the
-    // comparison needs no tolerance. Otherwise the triangulator has eaten
-    // some of the hull, and the sum can only be smaller.
+    // comparison needs no tolerance, but for the slivers along an outline
+    // segment routed through a vertex beside its line (2^-40 of the hull's
+    // area at most). Otherwise the triangulator has eaten some of the
+    // hull, and the sum can only be smaller.
     std::string CheckArea() {
         ExactSum sum;
         for (const auto& p : corners_) sum.AddOrientation(P(p[0]), P(p[1]), P(p[2]), false);
@@ -664,13 +666,17 @@ class Checker {
                 difference.AddOrientation(P(hull_[0]), P(hull_[i]), P(hull_[i + 1]), true);
             }
             const int sign = difference.Sign();
-            if (full_ && sign != 0) {
+            // Where crossings were resolved, a segment of the outline may run
+            // through a vertex within a unit in the last place of its line,
+            // and the triangles then miss or gain a sliver of that width.
+            const bool sliver = std::fabs(difference.Estimate()) <= std::ldexp(hull, -40);
+            if (full_ && sign != 0 && !sliver) {
                 return Text(
                     "the triangles' doubled areas add up to %.17g, the hull's is %.17g "
                     "(its boundary is all segments and there are no holes)",
                     total, hull);
             }
-            if (sign > 0) {
+            if (sign > 0 && !sliver) {
                 return Text(
                     "the triangles' doubled areas add up to %.17g, more than the hull's "
                     "%.17g",
