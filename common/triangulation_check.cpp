@@ -1023,13 +1023,14 @@ class Checker {
         return "";
     }
 
-    // A vertex is added only where segments cross: it lies near two.
+    // A vertex is added only where segments cross, or where the pieces of
+    // segments routed through vertices beside their lines cross again: it
+    // lies near a segment, most often near two.
     std::string CheckAddedVertices() const {
         for (int p = 0; p < Places(); ++p) {
-            if (placeIsInput_[Z(p)] || segmentsNear_[Z(p)].size() >= 2) continue;
-            return Text("added vertex %d at %s lies near %zu segment%s, not at a crossing",
-                        placeVertex_[Z(p)], Where(p).c_str(), segmentsNear_[Z(p)].size(),
-                        segmentsNear_[Z(p)].size() == 1 ? "" : "s");
+            if (placeIsInput_[Z(p)] || !segmentsNear_[Z(p)].empty()) continue;
+            return Text("added vertex %d at %s lies near no segment", placeVertex_[Z(p)],
+                        Where(p).c_str());
         }
         return "";
     }
