@@ -37,12 +37,14 @@ if installed "${PACKAGES[@]}" && have_triangle_source; then
   exit 0
 fi
 
+# grep without -q reads all of the output, so apt-cache never dies of SIGPIPE
+# (which pipefail would count as no match).
 has_candidate() {
-  apt-cache policy "$1" 2>/dev/null | grep -q 'Candidate: [0-9]'
+  apt-cache policy "$1" 2>/dev/null | grep 'Candidate: [0-9]' >/dev/null
 }
 
 has_source() {
-  apt-cache showsrc "$1" 2>/dev/null | grep -q '^Package:'
+  apt-cache showsrc "$1" 2>/dev/null | grep '^Package:' >/dev/null
 }
 
 # Debian's own entries (deb822 .sources files, or a classic sources.list) get

@@ -27,7 +27,7 @@ export DEBIAN_FRONTEND=noninteractive
 PACKAGES=(clang-16 lld-16 llvm-16 wine64 libwine-dev zip ninja-build)
 missing=()
 for p in "${PACKAGES[@]}"; do
-  dpkg-query -W -f='${Status}\n' "$p" 2>/dev/null | grep -q '^install ok installed$' ||
+  dpkg-query -W -f='${Status}\n' "$p" 2>/dev/null | grep '^install ok installed$' >/dev/null ||
     missing+=("$p")
 done
 if [ "${#missing[@]}" -gt 0 ]; then
