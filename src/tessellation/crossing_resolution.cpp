@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <unordered_map>
-#include <utility>
 
 #include "selvora/tessellation/tessellation.h"
 #include "tessellation/exact_crossing.h"
-#include "tessellation/triangle_guard.h"
+#include "tessellation/orientation.h"
+#include "tessellation/place.h"
 
 namespace selvora {
 
@@ -40,8 +38,7 @@ struct Edge {
 // -1 to the right, 0 on it.
 int Orientation(const Point& a, const Point& b, const Point& c) {
     const double pa[2] = {a.x, a.y}, pb[2] = {b.x, b.y}, pc[2] = {c.x, c.y};
-    const double det = selvora_triangle_orientation(pa, pb, pc);
-    return (det > 0) - (det < 0);
+    return Turn(pa, pb, pc);
 }
 
 // The coordinate next to v toward `toward` (an infinity) among those the
@@ -114,8 +111,8 @@ bool OnSegment(const Point& a, const Point& b, const Point& p) {
 
 // True when the segments cross at one point inside both.
 bool CrossProperly(const Point& a, const Point& b, const Point& c, const Point& d) {
-    return Orientation(a, b, c) * Orientation(a, b, d) < 0 &&
-           Orientation(c, d, a) * Orientation(c, d, b) < 0;
+    const double pa[2] = {a.x, a.y}, pb[2] = {b.x, b.y}, pc[2] = {c.x, c.y}, pd[2] = {d.x, d.y};
+    return selvora::CrossProperly(pa, pb, pc, pd);
 }
 
 // The crossing of two segments that cross properly, rounded, kept within
@@ -130,19 +127,6 @@ Point Crossing(const Point& a, const Point& b, const Point& c, const Point& d) {
     const double y = std::clamp(xy[1], std::max(e.y0, f.y0), std::min(e.y1, f.y1));
     return {Representable(x), Representable(y)};
 }
-
-std::uint64_t Bits(double v) {
-    if (v == 0.0) v = 0.0;  // -0 is the place of +0
-    std::uint64_t bits;
-    std::memcpy(&bits, &v, sizeof bits);
-    return bits;
-}
-
-struct PlaceHash {
-    std::size_t operator()(const std::pair<std::uint64_t, std::uint64_t>& p) const {
-        return static_cast<std::size_t>(p.first * 0x9E3779B97F4A7C15ull ^ p.second);
-    }
-};
 
 class Resolver {
   public:
@@ -191,9 +175,7 @@ class Resolver {
     }
 
   private:
-    using Place = std::pair<std::uint64_t, std::uint64_t>;
-
-    static Place PlaceOf(const Point& p) { return {Bits(p.x), Bits(p.y)}; }
+    static Place PlaceOf(const Point& p) { return selvora::PlaceOf(p.x, p.y); }
 
     // The first input point at the place of point i.
     int First(int i) const { return places_.at(PlaceOf(vertices_[static_cast<std::size_t>(i)])); }

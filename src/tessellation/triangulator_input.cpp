@@ -3,38 +3,19 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <unordered_map>
 #include <unordered_set>
 
-#include "tessellation/triangle_guard.h"
+#include "tessellation/orientation.h"
+#include "tessellation/place.h"
 
 namespace selvora {
 
 namespace {
 
-struct Place {
-    std::uint64_t x, y;
-    bool operator==(const Place& o) const { return x == o.x && y == o.y; }
-};
-
-struct PairHash {
-    std::size_t operator()(const Place& p) const {
-        return static_cast<std::size_t>((p.x * 0x9E3779B97F4A7C15ull) ^
-                                        (p.y + 0x632BE59BD9B4E019ull));
-    }
-};
-
-std::uint64_t Bits(double v) {
-    if (v == 0.0) v = 0.0;  // -0 is the place of +0
-    std::uint64_t bits;
-    std::memcpy(&bits, &v, sizeof bits);
-    return bits;
-}
-
 Place PlaceOf(const double* xy, int i) {
-    return {Bits(xy[2 * static_cast<std::size_t>(i)]),
-            Bits(xy[2 * static_cast<std::size_t>(i) + 1])};
+    return selvora::PlaceOf(xy[2 * static_cast<std::size_t>(i)],
+                            xy[2 * static_cast<std::size_t>(i) + 1]);
 }
 
 // A segment by its two ends in either order.
@@ -43,46 +24,6 @@ Place Unordered(int a, int b) {
 }
 
 bool IsPoint(int index, int numPoints) { return index >= 0 && index < numPoints; }
-
-// Places with a count each, in an open-addressed table of a fixed size: every
-// point of the input is looked up in it, so a lookup costs a hash and, most
-// often, one comparison.
-class PlaceCounts {
-  public:
-    explicit PlaceCounts(std::size_t places) {
-        std::size_t capacity = 16;
-        while (capacity < 2 * places) capacity *= 2;
-        slots_.resize(capacity);
-    }
-
-    void Add(Place p) {
-        Slot& slot = SlotOf(p);
-        slot.place = p;
-        slot.used = true;
-    }
-
-    // The count of p, or null when p was never added.
-    int* Find(Place p) {
-        Slot& slot = SlotOf(p);
-        return slot.used ? &slot.count : nullptr;
-    }
-
-  private:
-    struct Slot {
-        Place place{};
-        int count = 0;
-        bool used = false;
-    };
-
-    Slot& SlotOf(Place p) {
-        const std::size_t mask = slots_.size() - 1;
-        std::size_t i = PairHash()(p) >> 7 & mask;
-        while (slots_[i].used && !(slots_[i].place == p)) i = (i + 1) & mask;
-        return slots_[i];
-    }
-
-    std::vector<Slot> slots_;
-};
 
 // True when some segment end shares its place with another point.
 bool SegmentEndHasTwin(const double* xy, int numPoints, const int* segments, int numSegments) {
@@ -100,7 +41,7 @@ bool SegmentEndHasTwin(const double* xy, int numPoints, const int* segments, int
 
 // True when every segment joins two different points and none repeats.
 bool SegmentsAreClean(const int* segments, int numSegments, int numPoints) {
-    std::unordered_set<Place, PairHash> seen;
+    std::unordered_set<Place, PlaceHash> seen;
     for (int s = 0; s < numSegments; ++s) {
         const int a = segments[2 * s], b = segments[2 * s + 1];
         if (!IsPoint(a, numPoints) || !IsPoint(b, numPoints) || a == b) return false;
@@ -110,12 +51,6 @@ bool SegmentsAreClean(const int* segments, int numSegments, int numPoints) {
 }
 
 int Sign(double v) { return (v > 0) - (v < 0); }
-
-// The exact orientation of the turn from s to a to b: 1 counter-clockwise, -1
-// clockwise, 0 when the three lie on one line.
-int Turn(const double* s, const double* a, const double* b) {
-    return Sign(selvora_triangle_orientation(s, a, b));
-}
 
 // True when p, seen from s, lies in the same direction as q (the three being
 // on one line): the coordinates compare alike.
@@ -197,7 +132,7 @@ void TriangulatorInput::KeepHolesInsideTheHull(double* holes, int numHoles) {
 }
 
 void TriangulatorInput::MergePlaces(const double* xy, int numPoints, std::vector<int>& newIndex) {
-    std::unordered_map<Place, int, PairHash> placeIndex;
+    std::unordered_map<Place, int, PlaceHash> placeIndex;
     newIndex.resize(static_cast<std::size_t>(numPoints));
     for (int i = 0; i < numPoints; ++i) {
         const auto [at, isNew] =
@@ -215,7 +150,7 @@ void TriangulatorInput::MergePlaces(const double* xy, int numPoints, std::vector
 
 void TriangulatorInput::KeepSegments(const int* segments, int numSegments,
                                      const std::vector<int>* newIndex) {
-    std::unordered_set<Place, PairHash> seen;
+    std::unordered_set<Place, PlaceHash> seen;
     for (int s = 0; s < numSegments; ++s) {
         int a = segments[2 * s], b = segments[2 * s + 1];
         if (!IsPoint(a, numInputPoints_) || !IsPoint(b, numInputPoints_)) continue;

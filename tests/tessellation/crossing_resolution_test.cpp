@@ -14,29 +14,20 @@
 
 #include "selvora/tessellation/tessellation.h"
 #include "tessellation/exact_crossing.h"
-#include "tessellation/triangle_guard.h"
+#include "tessellation/orientation.h"
 
 namespace {
 
+using selvora::CrossProperly;
 using selvora::ExactCrossing;
 using selvora::Resolution;
 using selvora::ResolveCrossings;
 using selvora::ResolvedGraph;
-
-int Sign(double v) { return (v > 0) - (v < 0); }
-
-int Orientation(const double* a, const double* b, const double* c) {
-    return Sign(selvora_triangle_orientation(a, b, c));
-}
-
-bool CrossProperly(const double* a, const double* b, const double* c, const double* d) {
-    return Orientation(a, b, c) * Orientation(a, b, d) < 0 &&
-           Orientation(c, d, a) * Orientation(c, d, b) < 0;
-}
+using selvora::Turn;
 
 // p strictly between a and b on their segment.
 bool InsideSegment(const double* a, const double* b, const double* p) {
-    if (Orientation(a, b, p) != 0) return false;
+    if (Turn(a, b, p) != 0) return false;
     if ((p[0] == a[0] && p[1] == a[1]) || (p[0] == b[0] && p[1] == b[1])) return false;
     return std::fmin(a[0], b[0]) <= p[0] && p[0] <= std::fmax(a[0], b[0]) &&
            std::fmin(a[1], b[1]) <= p[1] && p[1] <= std::fmax(a[1], b[1]);
@@ -57,7 +48,7 @@ bool PassesNear(const double* a, const double* b, const double* p, int steps) {
     const double corners[4][2] = {{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}};
     int left = 0, right = 0;
     for (const auto& c : corners) {
-        const int side = Orientation(a, b, c);
+        const int side = Turn(a, b, c);
         left += side > 0;
         right += side < 0;
     }
