@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
 #include "selvora/tessellation/tessellation.h"
 #include "tessellation/exact_crossing.h"
+#include "tessellation/orientation.h"
+#include "tessellation/place.h"
 
 namespace selvora {
 
@@ -21,15 +24,18 @@ const double kReach = std::ldexp(1.0, -42);
 
 struct Vertex {
     double x, y;
-    bool added;
     bool operator<(const Vertex& o) const { return x != o.x ? x < o.x : y < o.y; }
 };
 
-// A segment's ends and its bounds widened by how far a crossing of it may lie.
+// A segment's ends (with their indices among the result's vertices), its
+// bounds widened by how far a crossing of it may lie, and the unit normal of
+// its line.
 struct Segment {
+    int a, b;
     double ax, ay, bx, by;
     double x0, y0, x1, y1;
     double reach;
+    double nx, ny;
 };
 
 bool TrianglesTurnLeft(const selvora_triangulation& result) {
@@ -39,73 +45,219 @@ bool TrianglesTurnLeft(const selvora_triangulation& result) {
         for (int k = 0; k < 3; ++k) {
             if (c[k] < 0 || c[k] >= result.numPoints) return false;
         }
-        if (selvora_triangle_orientation(xy + 2 * static_cast<std::size_t>(c[0]),
-                                         xy + 2 * static_cast<std::size_t>(c[1]),
-                                         xy + 2 * static_cast<std::size_t>(c[2])) <= 0) {
+        if (Turn(xy + 2 * static_cast<std::size_t>(c[0]), xy + 2 * static_cast<std::size_t>(c[1]),
+                 xy + 2 * static_cast<std::size_t>(c[2])) <= 0) {
             return false;
         }
     }
     return true;
 }
+
+// The input's points by their places, for the points at a place or within a
+// box.
+class InputPoints {
+  public:
+    InputPoints(const double* xy, int numPoints)
+        : xy_(xy), numPoints_(numPoints), places_(static_cast<std::size_t>(numPoints)) {
+        for (int i = 0; i < numPoints; ++i) places_.Add(PlaceOf(At(i)[0], At(i)[1]));
+    }
+
+    bool Has(double x, double y) const { return places_.Has(PlaceOf(x, y)); }
+
+    // Whether a point lies in the box from lo to hi, the point `apart` aside.
+    // A box a few steps of the coordinates wide, as the box between a vertex
+    // and the crossing it stands for almost always is, is searched place by
+    // place; a wider one point by point.
+    bool AnyWithin(const double* lo, const double* hi, const double* apart) const {
+        if (Steps(lo[0], hi[0]) <= kMostSteps && Steps(lo[1], hi[1]) <= kMostSteps) {
+            for (double x = lo[0]; x <= hi[0]; x = std::nextafter(x, HUGE_VAL)) {
+                for (double y = lo[1]; y <= hi[1]; y = std::nextafter(y, HUGE_VAL)) {
+                    if (!(x == apart[0] && y == apart[1]) && Has(x, y)) return true;
+                }
+            }
+            return false;
+        }
+        for (int i = 0; i < numPoints_; ++i) {
+            const double* p = At(i);
+            if (lo[0] <= p[0] && p[0] <= hi[0] && lo[1] <= p[1] && p[1] <= hi[1] &&
+                !(p[0] == apart[0] && p[1] == apart[1])) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+  private:
+    static constexpr int kMostSteps = 8;
+
+    // The steps from lo up to hi through the doubles, or one past kMostSteps
+    // when they are more or lo and hi differ in sign. The bits of doubles of
+    // one sign (-0 taken as +0) are ordered as their magnitudes.
+    static int Steps(double lo, double hi) {
+        if (lo < 0 && hi > 0) return kMostSteps + 1;
+        const std::uint64_t a = Bits(lo), b = Bits(hi);
+        const std::uint64_t steps = a <= b ? b - a : a - b;
+        return steps > kMostSteps ? kMostSteps + 1 : static_cast<int>(steps);
+    }
+
+    const double* At(int i) const { return xy_ + 2 * static_cast<std::size_t>(i); }
+
+    const double* xy_;
+    int numPoints_;
+    PlaceCounts places_;
+};
 
 // Every added vertex a coordinate the predicates take, and at a place where
-// no other vertex stands.
-bool AddedVerticesStandAlone(const selvora_triangulation& result, int inputPoints) {
-    std::vector<Vertex> vertices;
-    vertices.reserve(static_cast<std::size_t>(result.numPoints));
-    for (int i = 0; i < result.numPoints; ++i) {
-        // + 0.0 makes -0 the place of +0.
-        const double x = result.xy[2 * static_cast<std::size_t>(i)] + 0.0;
-        const double y = result.xy[2 * static_cast<std::size_t>(i) + 1] + 0.0;
-        const bool added = i >= inputPoints;
-        if (added && !(OV_isTessellationCoordinate(x) && OV_isTessellationCoordinate(y))) {
-            return false;
-        }
-        vertices.push_back({x, y, added});
+// no other vertex stands. (The input's points are at places of their own.)
+bool AddedVerticesStandAlone(const selvora_triangulation& result, int inputPoints,
+                             const InputPoints& points) {
+    std::vector<Vertex> added;
+    added.reserve(static_cast<std::size_t>(result.numPoints - inputPoints));
+    for (int i = inputPoints; i < result.numPoints; ++i) {
+        const double x = result.xy[2 * static_cast<std::size_t>(i)];
+        const double y = result.xy[2 * static_cast<std::size_t>(i) + 1];
+        if (!(OV_isTessellationCoordinate(x) && OV_isTessellationCoordinate(y))) return false;
+        if (points.Has(x, y)) return false;
+        added.push_back({x, y});
     }
-    std::sort(vertices.begin(), vertices.end());
-    for (std::size_t i = 1; i < vertices.size(); ++i) {
-        const Vertex &p = vertices[i - 1], &q = vertices[i];
-        if (p.x == q.x && p.y == q.y && (p.added || q.added)) return false;
+    std::sort(added.begin(), added.end());
+    for (std::size_t i = 1; i < added.size(); ++i) {
+        if (added[i - 1].x == added[i].x && added[i - 1].y == added[i].y) return false;
     }
     return true;
 }
 
-Segment SegmentOf(const double* a, const double* b) {
-    Segment s{a[0], a[1], b[0], b[1], 0, 0, 0, 0, 0};
+Segment SegmentOf(const double* xy, int a, int b) {
+    const double *p = xy + 2 * static_cast<std::size_t>(a),
+                 *q = xy + 2 * static_cast<std::size_t>(b);
+    Segment s{a, b, p[0], p[1], q[0], q[1], 0, 0, 0, 0, 0, 0, 0};
     s.reach =
-        kReach * std::max({std::fabs(a[0]), std::fabs(a[1]), std::fabs(b[0]), std::fabs(b[1])});
-    s.x0 = std::min(a[0], b[0]) - s.reach;
-    s.x1 = std::max(a[0], b[0]) + s.reach;
-    s.y0 = std::min(a[1], b[1]) - s.reach;
-    s.y1 = std::max(a[1], b[1]) + s.reach;
+        kReach * std::max({std::fabs(p[0]), std::fabs(p[1]), std::fabs(q[0]), std::fabs(q[1])});
+    s.x0 = std::min(p[0], q[0]) - s.reach;
+    s.x1 = std::max(p[0], q[0]) + s.reach;
+    s.y0 = std::min(p[1], q[1]) - s.reach;
+    s.y1 = std::max(p[1], q[1]) + s.reach;
+    // No square overflows or underflows for the coordinates the predicates
+    // take.
+    const double length = std::sqrt((q[0] - p[0]) * (q[0] - p[0]) + (q[1] - p[1]) * (q[1] - p[1]));
+    if (length > 0) {
+        s.nx = -(q[1] - p[1]) / length;
+        s.ny = (q[0] - p[0]) / length;
+    }
     return s;
 }
 
 // Whether (x, y) lies within the segment's reach of it, in double arithmetic
-// (the reach is far above its rounding errors).
+// (the reach is far above its rounding errors). A segment without a length
+// has no normal and is near nothing.
 bool Near(const Segment& s, double x, double y) {
     if (x < s.x0 || x > s.x1 || y < s.y0 || y > s.y1) return false;
-    const double dx = s.bx - s.ax, dy = s.by - s.ay;
-    const double length = std::hypot(dx, dy);
-    if (length == 0) return false;
-    const double across = std::fabs(dx * (y - s.ay) - dy * (x - s.ax)) / length;
-    return across <= s.reach;
+    if (s.nx == 0 && s.ny == 0) return false;
+    return std::fabs(s.nx * (x - s.ax) + s.ny * (y - s.ay)) <= s.reach;
 }
 
-int Orientation(double ax, double ay, double bx, double by, double cx, double cy) {
-    const double a[2] = {ax, ay}, b[2] = {bx, by}, c[2] = {cx, cy};
-    const double det = selvora_triangle_orientation(a, b, c);
-    return (det > 0) - (det < 0);
-}
+struct Box {
+    double x0, y0, x1, y1;
+};
 
-bool CrossProperly(const Segment& s, const Segment& t) {
-    return Orientation(s.ax, s.ay, s.bx, s.by, t.ax, t.ay) *
-                   Orientation(s.ax, s.ay, s.bx, s.by, t.bx, t.by) <
-               0 &&
-           Orientation(t.ax, t.ay, t.bx, t.by, s.ax, s.ay) *
-                   Orientation(t.ax, t.ay, t.bx, t.by, s.bx, s.by) <
-               0;
+Box BoundsOf(const Segment& s) { return {s.x0, s.y0, s.x1, s.y1}; }
+
+// Items (numbered from 0) in a grid of cells over their boxes, for the items
+// whose boxes may overlap a given box. The cell of a coordinate is monotone
+// in it, so a box's cells cover those of every box overlapping it. An item
+// over more than `mostCells` cells is kept aside and tried for every box.
+class BoxGrid {
+  public:
+    BoxGrid(const std::vector<Box>& boxes, long mostCells) : mostCells_(mostCells) {
+        for (const Box& b : boxes) {
+            bounds_.x0 = std::min(bounds_.x0, b.x0);
+            bounds_.y0 = std::min(bounds_.y0, b.y0);
+            bounds_.x1 = std::max(bounds_.x1, b.x1);
+            bounds_.y1 = std::max(bounds_.y1, b.y1);
+        }
+        while (side_ * side_ < static_cast<long>(boxes.size()) && side_ < 1024) side_ *= 2;
+        // The items of each cell in one list: counted, the counts summed to
+        // the ends of the cells' ranges, and each item put in moving its
+        // cell's end down, until it marks the range's start.
+        first_.assign(static_cast<std::size_t>(side_ * side_) + 1, 0);
+        for (std::size_t k = 0; k < boxes.size(); ++k) {
+            if (RangeOf(boxes[k]).Cells() > mostCells_) large_.push_back(static_cast<int>(k));
+        }
+        ForEachCell(boxes, [&](std::size_t cell, int) { ++first_[cell]; });
+        int sum = 0;
+        for (int& f : first_) f = sum += f;
+        items_.resize(static_cast<std::size_t>(sum));
+        ForEachCell(boxes, [&](std::size_t cell, int k) {
+            items_[static_cast<std::size_t>(--first_[cell])] = k;
+        });
+    }
+
+    // Whether `test` holds for an item whose cells meet the box's (for every
+    // item, when the box spans too many cells).
+    template <typename Test>
+    bool AnyOver(const Box& box, std::size_t items, Test test) const {
+        const Range r = RangeOf(box);
+        if (r.Cells() > mostCells_) {
+            for (std::size_t k = 0; k < items; ++k) {
+                if (test(static_cast<int>(k))) return true;
+            }
+            return false;
+        }
+        for (int k : large_) {
+            if (test(k)) return true;
+        }
+        for (long cy = r.cy0; cy <= r.cy1; ++cy) {
+            for (long cx = r.cx0; cx <= r.cx1; ++cx) {
+                const std::size_t cell = Index(cx, cy);
+                for (int i = first_[cell]; i < first_[cell + 1]; ++i) {
+                    if (test(items_[static_cast<std::size_t>(i)])) return true;
+                }
+            }
+        }
+        return false;
+    }
+
+  private:
+    struct Range {
+        long cx0, cy0, cx1, cy1;
+        long Cells() const { return (cx1 - cx0 + 1) * (cy1 - cy0 + 1); }
+    };
+
+    // Calls visit(cell, k) for each cell of each item k not kept aside.
+    template <typename Visit>
+    void ForEachCell(const std::vector<Box>& boxes, Visit visit) const {
+        for (std::size_t k = 0; k < boxes.size(); ++k) {
+            const Range r = RangeOf(boxes[k]);
+            if (r.Cells() > mostCells_) continue;
+            for (long cy = r.cy0; cy <= r.cy1; ++cy) {
+                for (long cx = r.cx0; cx <= r.cx1; ++cx) visit(Index(cx, cy), static_cast<int>(k));
+            }
+        }
+    }
+
+    long Cell(double v, double lo, double hi) const {
+        if (!(hi > lo)) return 0;
+        const double at = std::floor((v - lo) / (hi - lo) * static_cast<double>(side_));
+        return static_cast<long>(std::min(std::max(at, 0.0), static_cast<double>(side_ - 1)));
+    }
+    Range RangeOf(const Box& b) const {
+        return {Cell(b.x0, bounds_.x0, bounds_.x1), Cell(b.y0, bounds_.y0, bounds_.y1),
+                Cell(b.x1, bounds_.x0, bounds_.x1), Cell(b.y1, bounds_.y0, bounds_.y1)};
+    }
+    std::size_t Index(long cx, long cy) const { return static_cast<std::size_t>(cy * side_ + cx); }
+
+    long mostCells_;
+    Box bounds_{HUGE_VAL, HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
+    long side_ = 1;
+    std::vector<int> first_;  // the cells' ranges in items_
+    std::vector<int> items_;
+    std::vector<int> large_;
+};
+
+bool SegmentsCross(const Segment& s, const Segment& t) {
+    const double sa[2] = {s.ax, s.ay}, sb[2] = {s.bx, s.by}, ta[2] = {t.ax, t.ay},
+                 tb[2] = {t.bx, t.by};
+    return CrossProperly(sa, sb, ta, tb);
 }
 
 // Two of the segments that cross each other (exactly decided), or nulls.
@@ -113,46 +265,11 @@ std::pair<const Segment*, const Segment*> CrossingPair(
     const std::vector<const Segment*>& segments) {
     for (std::size_t i = 0; i < segments.size(); ++i) {
         for (std::size_t j = i + 1; j < segments.size(); ++j) {
-            if (CrossProperly(*segments[i], *segments[j])) return {segments[i], segments[j]};
+            if (SegmentsCross(*segments[i], *segments[j])) return {segments[i], segments[j]};
         }
     }
     return {nullptr, nullptr};
 }
-
-// Whether the segment from a to b separates p from q: it crosses the segment
-// between them at a point inside both.
-bool Separate(const double* a, const double* b, const double* p, const double* q) {
-    return Orientation(a[0], a[1], b[0], b[1], p[0], p[1]) *
-                   Orientation(a[0], a[1], b[0], b[1], q[0], q[1]) <
-               0 &&
-           Orientation(p[0], p[1], q[0], q[1], a[0], a[1]) *
-                   Orientation(p[0], p[1], q[0], q[1], b[0], b[1]) <
-               0;
-}
-
-// The input's points sorted by x, for the points within a box.
-class PointsByX {
-  public:
-    PointsByX(const double* xy, int numPoints) {
-        for (int i = 0; i < numPoints; ++i) {
-            points_.push_back({xy[2 * static_cast<std::size_t>(i)],
-                               xy[2 * static_cast<std::size_t>(i) + 1], false});
-        }
-        std::sort(points_.begin(), points_.end());
-    }
-
-    // Whether a point lies in the box, the point `apart` aside.
-    bool AnyWithin(double x0, double y0, double x1, double y1, const double* apart) const {
-        auto p = std::lower_bound(points_.begin(), points_.end(), Vertex{x0, -HUGE_VAL, false});
-        for (; p != points_.end() && p->x <= x1; ++p) {
-            if (y0 <= p->y && p->y <= y1 && !(p->x == apart[0] && p->y == apart[1])) return true;
-        }
-        return false;
-    }
-
-  private:
-    std::vector<Vertex> points_;
-};
 
 // Whether the vertex v that the triangulator added for the crossing of s and
 // t may stand for it: the exact crossing x, rounded, is a coordinate the
@@ -161,7 +278,8 @@ class PointsByX {
 // from one to the other). The triangulator then sees the graph around v as it
 // is around x.
 bool StandsFor(const Vertex& v, const Segment& s, const Segment& t,
-               const std::vector<const Segment*>& nearby, const PointsByX& points) {
+               const std::vector<Segment>& segments, const BoxGrid& grid,
+               const InputPoints& points) {
     const double sa[2] = {s.ax, s.ay}, sb[2] = {s.bx, s.by}, ta[2] = {t.ax, t.ay},
                  tb[2] = {t.bx, t.by};
     double x[2];
@@ -169,149 +287,127 @@ bool StandsFor(const Vertex& v, const Segment& s, const Segment& t,
     if (!OV_isTessellationCoordinate(x[0]) || !OV_isTessellationCoordinate(x[1])) return false;
     const double p[2] = {v.x, v.y};
     if (p[0] == x[0] && p[1] == x[1]) return true;
-    if (points.AnyWithin(std::min(p[0], x[0]), std::min(p[1], x[1]), std::max(p[0], x[0]),
-                         std::max(p[1], x[1]), x)) {
-        return false;
-    }
-    for (const Segment* u : nearby) {
-        if (u == &s || u == &t) continue;
-        const double ua[2] = {u->ax, u->ay}, ub[2] = {u->bx, u->by};
-        if (Separate(ua, ub, p, x)) return false;
-    }
-    return true;
+    const double lo[2] = {std::min(p[0], x[0]), std::min(p[1], x[1])};
+    const double hi[2] = {std::max(p[0], x[0]), std::max(p[1], x[1])};
+    if (points.AnyWithin(lo, hi, x)) return false;
+    const Box between{lo[0], lo[1], hi[0], hi[1]};
+    return !grid.AnyOver(between, segments.size(), [&](int k) {
+        const Segment& u = segments[static_cast<std::size_t>(k)];
+        if (&u == &s || &u == &t) return false;
+        if (u.x0 > hi[0] || u.x1 < lo[0] || u.y0 > hi[1] || u.y1 < lo[1]) return false;
+        const double ua[2] = {u.ax, u.ay}, ub[2] = {u.bx, u.by};
+        return CrossProperly(ua, ub, p, x);  // u separates v from x
+    });
 }
 
-// The input's segments, widened, in order of their left bounds.
-std::vector<Segment> SegmentsByX(TriangulatorInput& input) {
-    const double* xy = input.Points();
+// The input's segments, widened.
+std::vector<Segment> SegmentsOf(TriangulatorInput& input) {
     const int* ends = input.Segments();
     std::vector<Segment> segments;
     segments.reserve(static_cast<std::size_t>(input.NumSegments()));
     for (int s = 0; s < input.NumSegments(); ++s) {
-        segments.push_back(SegmentOf(xy + 2 * static_cast<std::size_t>(ends[2 * s]),
-                                     xy + 2 * static_cast<std::size_t>(ends[2 * s + 1])));
+        segments.push_back(SegmentOf(input.Points(), ends[2 * s], ends[2 * s + 1]));
     }
-    std::sort(segments.begin(), segments.end(),
-              [](const Segment& p, const Segment& q) { return p.x0 < q.x0; });
     return segments;
 }
 
 // Every added vertex near two of the input's segments that cross each other,
-// and standing for their crossing; the segments are found by a sweep in x
-// over their widened bounds.
-bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, TriangulatorInput& input) {
-    const double* xy = input.Points();
-    const std::vector<Segment> segments = SegmentsByX(input);
-    std::vector<Vertex> added;
-    for (int i = input.NumPoints(); i < result.numPoints; ++i) {
-        added.push_back({result.xy[2 * static_cast<std::size_t>(i)],
-                         result.xy[2 * static_cast<std::size_t>(i) + 1], true});
-    }
-    std::sort(added.begin(), added.end());
-    const PointsByX points(xy, input.NumPoints());
-    std::vector<const Segment*> active, near;
-    std::size_t next = 0;
-    for (const Vertex& v : added) {
-        while (next < segments.size() && segments[next].x0 <= v.x)
-            active.push_back(&segments[next++]);
-        active.erase(std::remove_if(active.begin(), active.end(),
-                                    [&](const Segment* s) { return s->x1 < v.x; }),
-                     active.end());
+// and standing for their crossing; the segments near a vertex are found in a
+// grid over their widened bounds. `nearAdded` receives for each segment
+// whether an added vertex lies near it.
+bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, int inputPoints,
+                                 const std::vector<Segment>& segments, const InputPoints& points,
+                                 std::vector<char>& nearAdded) {
+    nearAdded.assign(segments.size(), 0);
+    std::vector<Box> boxes;
+    boxes.reserve(segments.size());
+    for (const Segment& s : segments) boxes.push_back(BoundsOf(s));
+    const BoxGrid grid(boxes, 64);
+    std::vector<const Segment*> near;
+    for (int i = inputPoints; i < result.numPoints; ++i) {
+        const Vertex v{result.xy[2 * static_cast<std::size_t>(i)],
+                       result.xy[2 * static_cast<std::size_t>(i) + 1]};
         near.clear();
-        for (const Segment* s : active) {
-            if (Near(*s, v.x, v.y)) near.push_back(s);
-        }
+        grid.AnyOver({v.x, v.y, v.x, v.y}, segments.size(), [&](int k) {
+            const Segment& s = segments[static_cast<std::size_t>(k)];
+            if (Near(s, v.x, v.y)) {
+                near.push_back(&s);
+                nearAdded[static_cast<std::size_t>(k)] = 1;
+            }
+            return false;  // on to the next
+        });
         const auto crossing = CrossingPair(near);
         if (!crossing.first) return false;
-        if (!StandsFor(v, *crossing.first, *crossing.second, active, points)) return false;
+        if (!StandsFor(v, *crossing.first, *crossing.second, segments, grid, points)) return false;
     }
     return true;
 }
 
-// Segments in a grid of cells over their bounds, for the segments whose
-// bounds may overlap a box. The cell of a coordinate is monotone in it, so a
-// box's cells cover those of every segment overlapping it.
-class SegmentGrid {
+// The vertices of a result with the vertices each shares an edge with.
+class Neighbours {
   public:
-    explicit SegmentGrid(const std::vector<Segment>& segments) : segments_(segments) {
-        for (const Segment& s : segments) {
-            x0_ = std::min(x0_, s.x0);
-            x1_ = std::max(x1_, s.x1);
-            y0_ = std::min(y0_, s.y0);
-            y1_ = std::max(y1_, s.y1);
-        }
-        while (side_ * side_ < static_cast<int>(segments.size()) && side_ < 1024) side_ *= 2;
-        cells_.resize(static_cast<std::size_t>(side_) * static_cast<std::size_t>(side_));
-        for (std::size_t k = 0; k < segments.size(); ++k) {
-            const Range r = RangeOf(segments[k]);
-            if (r.Cells() > kMostCells) {
-                large_.push_back(k);
-                continue;
-            }
-            for (int cy = r.cy0; cy <= r.cy1; ++cy) {
-                for (int cx = r.cx0; cx <= r.cx1; ++cx) cells_[Index(cx, cy)].push_back(k);
-            }
+    explicit Neighbours(const selvora_triangulation& result)
+        : first_(static_cast<std::size_t>(result.numPoints) + 1, 0) {
+        const std::size_t corners = 3 * static_cast<std::size_t>(result.count);
+        // Each edge of a triangle in both directions: an edge on the
+        // boundary belongs to one triangle only. The counts become the ends
+        // of the vertices' ranges, and each neighbour put in moves its
+        // vertex's end down, until it marks the range's start.
+        for (std::size_t k = 0; k < corners; ++k) first_[Corner(result, k)] += 2;
+        int sum = 0;
+        for (int& f : first_) f = sum += f;
+        list_.resize(static_cast<std::size_t>(sum));
+        for (std::size_t k = 0; k < corners; ++k) {
+            const std::size_t p = Corner(result, k), q = Corner(result, k - k % 3 + (k + 1) % 3);
+            list_[static_cast<std::size_t>(--first_[p])] = static_cast<int>(q);
+            list_[static_cast<std::size_t>(--first_[q])] = static_cast<int>(p);
         }
     }
 
-    // Whether `test` holds for a segment whose cells meet the box's.
-    template <typename Test>
-    bool AnyOver(const Segment& box, Test test) const {
-        for (std::size_t k : large_) {
-            if (test(segments_[k])) return true;
-        }
-        const Range r = RangeOf(box);
-        if (r.Cells() > kMostCells) {
-            for (const Segment& s : segments_) {
-                if (test(s)) return true;
-            }
-            return false;
-        }
-        for (int cy = r.cy0; cy <= r.cy1; ++cy) {
-            for (int cx = r.cx0; cx <= r.cx1; ++cx) {
-                for (std::size_t k : cells_[Index(cx, cy)]) {
-                    if (test(segments_[k])) return true;
-                }
-            }
-        }
-        return false;
-    }
+    const int* begin(int v) const { return list_.data() + first_[static_cast<std::size_t>(v)]; }
+    const int* end(int v) const { return list_.data() + first_[static_cast<std::size_t>(v) + 1]; }
 
   private:
-    static constexpr int kMostCells = 64;
-
-    struct Range {
-        int cx0, cy0, cx1, cy1;
-        long Cells() const { return long(cx1 - cx0 + 1) * long(cy1 - cy0 + 1); }
-    };
-
-    int Cell(double v, double lo, double hi) const {
-        if (!(hi > lo)) return 0;
-        const double at = std::floor((v - lo) / (hi - lo) * side_);
-        return static_cast<int>(std::min(std::max(at, 0.0), side_ - 1.0));
-    }
-    Range RangeOf(const Segment& s) const {
-        return {Cell(s.x0, x0_, x1_), Cell(s.y0, y0_, y1_), Cell(s.x1, x0_, x1_),
-                Cell(s.y1, y0_, y1_)};
-    }
-    std::size_t Index(int cx, int cy) const {
-        return static_cast<std::size_t>(cy) * static_cast<std::size_t>(side_) +
-               static_cast<std::size_t>(cx);
+    static std::size_t Corner(const selvora_triangulation& result, std::size_t k) {
+        return static_cast<std::size_t>(result.corners[k]);
     }
 
-    const std::vector<Segment>& segments_;
-    double x0_ = HUGE_VAL, y0_ = HUGE_VAL, x1_ = -HUGE_VAL, y1_ = -HUGE_VAL;
-    int side_ = 1;
-    std::vector<std::vector<std::size_t>> cells_;
-    std::vector<std::size_t> large_;
+    std::vector<int> first_;
+    std::vector<int> list_;
 };
+
+// Whether a chain of edges through vertices near the segment leads from one
+// of its ends to the other: a search from one end over such vertices. Where
+// the triangulator routed a segment through a vertex away from its line,
+// there is no such chain. `reached` holds, for each vertex, the last segment
+// whose search reached it; `stack` is room for a search.
+bool IsChain(int index, const Segment& s, const Neighbours& neighbours, const double* xy,
+             std::vector<int>& reached, std::vector<int>& stack) {
+    if (s.a == s.b) return true;
+    stack.assign(1, s.a);
+    reached[static_cast<std::size_t>(s.a)] = index;
+    while (!stack.empty()) {
+        const int v = stack.back();
+        stack.pop_back();
+        for (const int* w = neighbours.begin(v); w != neighbours.end(v); ++w) {
+            if (*w == s.b) return true;
+            int& mark = reached[static_cast<std::size_t>(*w)];
+            const double* p = xy + 2 * static_cast<std::size_t>(*w);
+            if (mark != index && Near(s, p[0], p[1])) {
+                mark = index;
+                stack.push_back(*w);
+            }
+        }
+    }
+    return false;
+}
 
 // No edge of a triangle crosses one of the input's segments unless an end of
 // the edge lies near the segment (a vertex added on it, whose edges may pass
 // its line by the rounding). Where the triangulator routed a segment through
 // vertices away from it, an edge crosses it elsewhere. Edges find the
 // segments near them in a grid.
-bool NoEdgeCutsASegment(const selvora_triangulation& result, TriangulatorInput& input) {
+bool NoEdgeCutsASegment(const selvora_triangulation& result, const std::vector<Segment>& segments) {
     // Each edge once (most belong to two triangles), by its ends.
     std::vector<std::pair<int, int>> ends;
     ends.reserve(3 * static_cast<std::size_t>(result.count));
@@ -323,126 +419,85 @@ bool NoEdgeCutsASegment(const selvora_triangulation& result, TriangulatorInput& 
     }
     std::sort(ends.begin(), ends.end());
     ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
-    auto at = [&](int i) { return result.xy + 2 * static_cast<std::size_t>(i); };
-    const std::vector<Segment> segments = SegmentsByX(input);
-    const SegmentGrid grid(segments);
+    std::vector<Box> boxes;
+    boxes.reserve(segments.size());
+    for (const Segment& s : segments) boxes.push_back(BoundsOf(s));
+    const BoxGrid grid(boxes, 64);
+    // The cheap tests first: an edge along a segment, or from a vertex on
+    // it, would need the exact orientation's slow path to be told apart.
     auto cut = [](const Segment& edge, const Segment& s) {
         if (edge.x0 > s.x1 || s.x0 > edge.x1 || edge.y0 > s.y1 || s.y0 > edge.y1) return false;
-        if (!CrossProperly(edge, s)) return false;
-        return !Near(s, edge.ax, edge.ay) && !Near(s, edge.bx, edge.by);
+        if (Near(s, edge.ax, edge.ay) || Near(s, edge.bx, edge.by)) return false;
+        return SegmentsCross(edge, s);
     };
     for (const auto& [p, q] : ends) {
-        const Segment edge = SegmentOf(at(p), at(q));
-        if (grid.AnyOver(edge, [&](const Segment& s) { return cut(edge, s); })) return false;
+        const Segment edge = SegmentOf(result.xy, p, q);
+        if (grid.AnyOver(BoundsOf(edge), segments.size(),
+                         [&](int s) { return cut(edge, segments[static_cast<std::size_t>(s)]); })) {
+            return false;
+        }
     }
     return true;
 }
 
-// The triangles of a result in a grid of cells over their bounds, for the
-// triangles that may hold a point.
-class TriangleGrid {
-  public:
-    explicit TriangleGrid(const selvora_triangulation& result) : result_(result) {
-        x0_ = y0_ = HUGE_VAL;
-        x1_ = y1_ = -HUGE_VAL;
-        for (int t = 0; t < result.count; ++t) {
-            for (int k = 0; k < 3; ++k) {
-                const double* p = Corner(t, k);
-                x0_ = std::min(x0_, p[0]);
-                x1_ = std::max(x1_, p[0]);
-                y0_ = std::min(y0_, p[1]);
-                y1_ = std::max(y1_, p[1]);
-            }
-        }
-        while (side_ * side_ < result.count && side_ < 1024) side_ *= 2;
-        cells_.resize(static_cast<std::size_t>(side_) * static_cast<std::size_t>(side_));
-        for (int t = 0; t < result.count; ++t) {
-            int cx0 = side_, cy0 = side_, cx1 = 0, cy1 = 0;
-            for (int k = 0; k < 3; ++k) {
-                const double* p = Corner(t, k);
-                cx0 = std::min(cx0, Cell(p[0], x0_, x1_));
-                cx1 = std::max(cx1, Cell(p[0], x0_, x1_));
-                cy0 = std::min(cy0, Cell(p[1], y0_, y1_));
-                cy1 = std::max(cy1, Cell(p[1], y0_, y1_));
-            }
-            if ((cx1 - cx0 + 1) * (cy1 - cy0 + 1) > kMostCells) {
-                large_.push_back(t);
-                continue;
-            }
-            for (int cy = cy0; cy <= cy1; ++cy) {
-                for (int cx = cx0; cx <= cx1; ++cx) CellAt(cx, cy).push_back(t);
-            }
+// No input segment cut by an edge away from the vertices near it. A segment
+// with no added vertex near it was put in by exact decisions alone, as a
+// chain of edges through the input's points on it, and no edge of the mesh
+// crosses those. Each other segment is shown uncut by a chain of edges
+// through vertices near it: the chain runs within the segment's reach, and an
+// edge that crossed the segment away from the vertices near it would have to
+// cross the chain too. A segment without such a chain (where the triangles on
+// both sides of it were carved away, or where the triangulator routed it
+// through a vertex away from its line) is tried against every edge.
+bool NoSegmentIsCut(const selvora_triangulation& result, const std::vector<Segment>& segments,
+                    const std::vector<char>& nearAdded) {
+    const Neighbours neighbours(result);
+    std::vector<int> reached(static_cast<std::size_t>(result.numPoints), -1), stack;
+    std::vector<Segment> unchained;
+    for (std::size_t k = 0; k < segments.size(); ++k) {
+        if (nearAdded[k] &&
+            !IsChain(static_cast<int>(k), segments[k], neighbours, result.xy, reached, stack)) {
+            unchained.push_back(segments[k]);
         }
     }
-
-    // Whether p lies inside or on a triangle without being one of its corners.
-    bool Covers(const double* p) const {
-        if (!(x0_ <= p[0] && p[0] <= x1_ && y0_ <= p[1] && p[1] <= y1_)) return false;
-        const std::vector<int>& cell = cells_[Index(Cell(p[0], x0_, x1_), Cell(p[1], y0_, y1_))];
-        for (int t : cell) {
-            if (Holds(t, p)) return true;
-        }
-        for (int t : large_) {
-            if (Holds(t, p)) return true;
-        }
-        return false;
-    }
-
-  private:
-    static constexpr int kMostCells = 256;  // beyond, a triangle is tried for every point
-
-    const double* Corner(int t, int k) const {
-        return result_.xy +
-               2 * static_cast<std::size_t>(result_.corners[3 * static_cast<std::size_t>(t) + k]);
-    }
-
-    // The cell of v between lo and hi: monotone in v, so that a triangle's
-    // bounds cover the cells of every point inside it.
-    int Cell(double v, double lo, double hi) const {
-        if (!(hi > lo)) return 0;
-        const double at = std::floor((v - lo) / (hi - lo) * side_);
-        return static_cast<int>(std::min(std::max(at, 0.0), side_ - 1.0));
-    }
-
-    std::size_t Index(int cx, int cy) const {
-        return static_cast<std::size_t>(cy) * static_cast<std::size_t>(side_) +
-               static_cast<std::size_t>(cx);
-    }
-    std::vector<int>& CellAt(int cx, int cy) { return cells_[Index(cx, cy)]; }
-
-    bool Holds(int t, const double* p) const {
-        const double *a = Corner(t, 0), *b = Corner(t, 1), *c = Corner(t, 2);
-        for (const double* corner : {a, b, c}) {
-            if (corner[0] == p[0] && corner[1] == p[1]) return false;
-        }
-        return selvora_triangle_orientation(a, b, p) >= 0 &&
-               selvora_triangle_orientation(b, c, p) >= 0 &&
-               selvora_triangle_orientation(c, a, p) >= 0;
-    }
-
-    const selvora_triangulation& result_;
-    double x0_, y0_, x1_, y1_;
-    int side_ = 1;
-    std::vector<std::vector<int>> cells_;
-    std::vector<int> large_;
-};
+    return unchained.empty() || NoEdgeCutsASegment(result, unchained);
+}
 
 // No vertex that is a corner of no triangle lies inside or on one. Where the
 // triangulator's mesh folded over itself, the triangles of the fold may have
 // been carved away with the region outside the segments, leaving the
 // vertices between them under a triangle that remains.
 bool NoVertexInsideATriangle(const selvora_triangulation& result) {
-    std::vector<char> corner(static_cast<std::size_t>(result.numPoints), 0);
+    std::vector<char> corners(static_cast<std::size_t>(result.numPoints), 0);
     for (std::size_t k = 0; k < 3 * static_cast<std::size_t>(result.count); ++k) {
-        corner[static_cast<std::size_t>(result.corners[k])] = 1;
+        corners[static_cast<std::size_t>(result.corners[k])] = 1;
     }
-    if (std::find(corner.begin(), corner.end(), 0) == corner.end()) return true;
-    const TriangleGrid grid(result);
-    for (int i = 0; i < result.numPoints; ++i) {
-        if (!corner[static_cast<std::size_t>(i)] &&
-            grid.Covers(result.xy + 2 * static_cast<std::size_t>(i))) {
-            return false;
+    if (std::find(corners.begin(), corners.end(), 0) == corners.end()) return true;
+    auto corner = [&](int t, int k) {
+        return result.xy +
+               2 * static_cast<std::size_t>(result.corners[3 * static_cast<std::size_t>(t) + k]);
+    };
+    std::vector<Box> boxes;
+    boxes.reserve(static_cast<std::size_t>(result.count));
+    for (int t = 0; t < result.count; ++t) {
+        const double *a = corner(t, 0), *b = corner(t, 1), *c = corner(t, 2);
+        boxes.push_back({std::min({a[0], b[0], c[0]}), std::min({a[1], b[1], c[1]}),
+                         std::max({a[0], b[0], c[0]}), std::max({a[1], b[1], c[1]})});
+    }
+    const BoxGrid grid(boxes, 256);
+    // Whether p lies inside or on triangle t without being one of its corners.
+    auto holds = [&](int t, const double* p) {
+        const double *a = corner(t, 0), *b = corner(t, 1), *c = corner(t, 2);
+        for (const double* q : {a, b, c}) {
+            if (q[0] == p[0] && q[1] == p[1]) return false;
         }
+        return Turn(a, b, p) >= 0 && Turn(b, c, p) >= 0 && Turn(c, a, p) >= 0;
+    };
+    for (int i = 0; i < result.numPoints; ++i) {
+        if (corners[static_cast<std::size_t>(i)]) continue;
+        const double* p = result.xy + 2 * static_cast<std::size_t>(i);
+        const Box at{p[0], p[1], p[0], p[1]};
+        if (grid.AnyOver(at, boxes.size(), [&](int t) { return holds(t, p); })) return false;
     }
     return true;
 }
@@ -453,9 +508,13 @@ bool IsSound(const selvora_triangulation& result, TriangulatorInput& input) {
     // Without added vertices every decision of the run was exact: its mesh is
     // a constrained Delaunay triangulation of the graph as it stands.
     if (result.numPoints == input.NumPoints()) return true;
-    return TrianglesTurnLeft(result) && NoVertexInsideATriangle(result) &&
-           AddedVerticesStandAlone(result, input.NumPoints()) &&
-           AddedVerticesLieOnCrossings(result, input) && NoEdgeCutsASegment(result, input);
+    if (!TrianglesTurnLeft(result) || !NoVertexInsideATriangle(result)) return false;
+    const InputPoints points(input.Points(), input.NumPoints());
+    if (!AddedVerticesStandAlone(result, input.NumPoints(), points)) return false;
+    const std::vector<Segment> segments = SegmentsOf(input);
+    std::vector<char> nearAdded;
+    return AddedVerticesLieOnCrossings(result, input.NumPoints(), segments, points, nearAdded) &&
+           NoSegmentIsCut(result, segments, nearAdded);
 }
 
 }  // namespace selvora
