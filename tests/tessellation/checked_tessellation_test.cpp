@@ -27,6 +27,7 @@
 #include "selvora/tessellation/tessellation.h"
 #include "support/address_space.h"
 #include "support/platform.h"
+#include "tessellation/tessellation_buffers.h"
 #include "tessellation/triangle_program.h"
 
 namespace {
@@ -42,7 +43,9 @@ using selvora_common::RandomCrossings;
 using selvora_common::TessellateCheckedInBuffers;
 using selvora_common::TriangleCorners;
 using selvora_common::WriteToBuffers;
+using selvora_test::Buffers;
 using selvora_test::Canonical;
+using selvora_test::GetBuffers;
 
 using Triangles = std::vector<TriangleCorners>;
 const std::vector<double> kNoneAdded;
@@ -208,19 +211,6 @@ TEST(CheckedTessellationCheck, RejectsAnAddedVertexAwayFromCrossings) {
 }
 
 // --- Refusals ----------------------------------------------------------------
-
-struct Buffers {
-    double* points = nullptr;
-    int* segments = nullptr;
-    int* triangles = nullptr;
-    double* holes = nullptr;
-};
-
-Buffers GetBuffers() {
-    Buffers b;
-    OV_getTessellationBuffer(&b.points, &b.segments, &b.triangles, &b.holes);
-    return b;
-}
 
 constexpr int kUntouched = -123456789;
 constexpr size_t kWatched = 3 * 4096;  // triangle entries watched for writes

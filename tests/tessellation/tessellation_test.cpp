@@ -32,6 +32,7 @@
 #include "support/graph_children.h"
 #include "support/platform.h"
 #include "support/scratch_dir.h"
+#include "tessellation/tessellation_buffers.h"
 #include "tessellation/triangle_program.h"
 
 namespace {
@@ -56,19 +57,9 @@ using selvora_test::ReadPoly;
 using selvora_test::Reference;
 using selvora_test::RunTriangleProgram;
 using selvora_test::SquareWithInteriorPoints;
-
-struct Buffers {
-    double* points = nullptr;
-    int* segments = nullptr;
-    int* triangles = nullptr;
-    double* holes = nullptr;
-};
-
-Buffers GetBuffers() {
-    Buffers b;
-    OV_getTessellationBuffer(&b.points, &b.segments, &b.triangles, &b.holes);
-    return b;
-}
+// The buffers themselves.
+using selvora_test::Buffers;
+using selvora_test::GetBuffers;
 
 // Byte sizes of the buffers: what their capacities take.
 constexpr size_t kPointsBytes = 0x100000;
