@@ -313,12 +313,9 @@ std::vector<Segment> SegmentsOf(TriangulatorInput& input) {
 
 // Every added vertex near two of the input's segments that cross each other,
 // and standing for their crossing; the segments near a vertex are found in a
-// grid over their widened bounds. `nearAdded` receives for each segment
-// whether an added vertex lies near it.
+// grid over their widened bounds.
 bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, int inputPoints,
-                                 const std::vector<Segment>& segments, const InputPoints& points,
-                                 std::vector<char>& nearAdded) {
-    nearAdded.assign(segments.size(), 0);
+                                 const std::vector<Segment>& segments, const InputPoints& points) {
     std::vector<Box> boxes;
     boxes.reserve(segments.size());
     for (const Segment& s : segments) boxes.push_back(BoundsOf(s));
@@ -330,10 +327,7 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, int inputP
         near.clear();
         grid.AnyOver({v.x, v.y, v.x, v.y}, segments.size(), [&](int k) {
             const Segment& s = segments[static_cast<std::size_t>(k)];
-            if (Near(s, v.x, v.y)) {
-                near.push_back(&s);
-                nearAdded[static_cast<std::size_t>(k)] = 1;
-            }
+            if (Near(s, v.x, v.y)) near.push_back(&s);
             return false;  // on to the next
         });
         const auto crossing = CrossingPair(near);
@@ -440,23 +434,22 @@ bool NoEdgeCutsASegment(const selvora_triangulation& result, const std::vector<S
     return true;
 }
 
-// No input segment cut by an edge away from the vertices near it. A segment
-// with no added vertex near it was put in by exact decisions alone, as a
-// chain of edges through the input's points on it, and no edge of the mesh
-// crosses those. Each other segment is shown uncut by a chain of edges
-// through vertices near it: the chain runs within the segment's reach, and an
-// edge that crossed the segment away from the vertices near it would have to
-// cross the chain too. A segment without such a chain (where the triangles on
-// both sides of it were carved away, or where the triangulator routed it
-// through a vertex away from its line) is tried against every edge.
-bool NoSegmentIsCut(const selvora_triangulation& result, const std::vector<Segment>& segments,
-                    const std::vector<char>& nearAdded) {
+// No input segment cut by an edge away from the vertices near it. Most
+// segments are shown uncut by a chain of edges through vertices near them:
+// the chain runs within the segment's reach, and an edge that crossed the
+// segment away from the vertices near it would have to cross the chain too.
+// A segment without such a chain (where the triangles on both sides of it
+// were carved away, or where the triangulator routed it through a vertex away
+// from its line, or folded its mesh over it) is tried against every edge.
+// Every segment is searched, those far from any added vertex too: an added
+// vertex near segments of a large magnitude may fold the mesh over a small
+// one far from it.
+bool NoSegmentIsCut(const selvora_triangulation& result, const std::vector<Segment>& segments) {
     const Neighbours neighbours(result);
     std::vector<int> reached(static_cast<std::size_t>(result.numPoints), -1), stack;
     std::vector<Segment> unchained;
     for (std::size_t k = 0; k < segments.size(); ++k) {
-        if (nearAdded[k] &&
-            !IsChain(static_cast<int>(k), segments[k], neighbours, result.xy, reached, stack)) {
+        if (!IsChain(static_cast<int>(k), segments[k], neighbours, result.xy, reached, stack)) {
             unchained.push_back(segments[k]);
         }
     }
@@ -512,9 +505,8 @@ bool IsSound(const selvora_triangulation& result, TriangulatorInput& input) {
     const InputPoints points(input.Points(), input.NumPoints());
     if (!AddedVerticesStandAlone(result, input.NumPoints(), points)) return false;
     const std::vector<Segment> segments = SegmentsOf(input);
-    std::vector<char> nearAdded;
-    return AddedVerticesLieOnCrossings(result, input.NumPoints(), segments, points, nearAdded) &&
-           NoSegmentIsCut(result, segments, nearAdded);
+    return AddedVerticesLieOnCrossings(result, input.NumPoints(), segments, points) &&
+           NoSegmentIsCut(result, segments);
 }
 
 }  // namespace selvora

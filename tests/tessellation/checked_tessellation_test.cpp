@@ -680,6 +680,31 @@ TEST(CheckedTessellationFamilies, DuplicatePoints) {
     EXPECT_EQ("", CheckTriangulation(g, r.added, r.triangles));
 }
 
+// Found by the fuzzer: the triangulator's vertex at the crossing of two
+// segments 10^59 long lies near both of them, within their reach, yet folds
+// the mesh over a segment 5 long far below them: an edge from that vertex
+// cuts it. The checks must look at every segment, not only those near the
+// vertices the triangulator added.
+TEST(CheckedTessellationFamilies, SmallSegmentBelowLargeCrossings) {
+    PlanarGraph g;
+    g.AddPoint(1.8320312500000001e+44, 5);                         // 0
+    g.AddPoint(3, 5);                                              // 1
+    g.AddPoint(1, -1.99609375e+59);                                // 2
+    g.AddPoint(-1.99609375e+59, -1.99609375e+59);                  // 3
+    g.AddPoint(-1.12890625e+51, 3);                                // 4
+    g.AddPoint(5, -1.7304687500000001e-09);                        // 5
+    g.AddPoint(-1.7304687500000001e-09, -1.7304687499999999e-21);  // 6
+    for (const auto& [a, b] :
+         std::vector<std::pair<int, int>>{{1, 2}, {6, 5}, {6, 2}, {4, 6}, {2, 4}, {0, 4}}) {
+        g.AddSegment(a, b);
+    }
+    const CheckedTriangulation r = TessellateCheckedInBuffers(g);
+    EXPECT_GE(r.result, 0);
+    if (r.result >= 0) {
+        EXPECT_EQ("", CheckTriangulation(g, r.added, r.triangles));
+    }
+}
+
 // 50 segments through one point, at angles k * pi / 50, in a frame: through
 // the origin (the crossing is exact), and through (0.3, 0.7), where the
 // rounded ends leave 1,225 crossings close together.
