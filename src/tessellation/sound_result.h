@@ -20,7 +20,8 @@ namespace selvora {
 // a coordinate the predicates take, at a place of its own, near two of the
 // input's segments that cross each other (within 2^-42 of each one's larger
 // end coordinate) with nothing of the graph between it and their exact
-// crossing, and no edge crosses a segment away from the vertices near it.
+// crossing, and every segment is a chain of edges through vertices near it
+// or, where it is not, crossed by no edge away from the vertices near it.
 bool IsSound(const selvora_triangulation& result, TriangulatorInput& input);
 
 }  // namespace selvora
