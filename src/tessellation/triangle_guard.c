@@ -27,6 +27,12 @@ enum {
     kDepthSlack = 256
 };
 
+/* Triangle's entry function alone takes about 81 KiB of stack (its option
+ * and file name buffers) before the first of its frames the guard sees; a run
+ * given less room than this is abandoned before it starts, for the stack
+ * would overflow before the guard could tell. */
+enum { kLeastStackRoom = 96 * 1024 };
+
 /* One activation of a Triangle function and the work it has done. */
 struct frame {
     const void* function;
@@ -223,6 +229,7 @@ static void EndRun(void) {
 static enum selvora_run_outcome Run(double* xy, int numPoints, int* segments, int numSegments,
                                     double* holes, int numHoles, size_t stackRoom, int checked,
                                     uintptr_t stackStart, struct selvora_triangulation* result) {
+    if (stackRoom < kLeastStackRoom) return SELVORA_RUN_ABANDONED;
     if (!BeginRun((size_t)numPoints + (size_t)numSegments + (size_t)numHoles, stackStart, stackRoom,
                   checked)) {
         if (!checked) selvora_triangle_fatal(SELVORA_TRIANGLE_OUT_OF_MEMORY, NULL, 0);

@@ -34,7 +34,8 @@ struct selvora_triangulation {
 };
 
 /* Triangulates the graph with the switches "pzNPBQ". `stackRoom` is how many
- * bytes of the calling thread's stack the run may use. Returns 1 with the
+ * bytes of the calling thread's stack the run may use; less than Triangle's
+ * entry alone takes (96 KiB) abandons the run at once. Returns 1 with the
  * result, or 0 when the run went past a bound and was abandoned (everything
  * it allocated is released). A fatal condition of the triangulator ends the
  * process through selvora_triangle_fatal(). */

@@ -349,6 +349,30 @@ PlanarGraph RectangleOverPointsInALine(int n) {
 // room for the try with the side split at its points) the graph triangulated
 // as with room. Which of the two depends on how much stack the library
 // measures as left; both occur.
+// On threads whose stacks are shorter than the triangulator's entry alone
+// takes (about 81 KiB), the run is abandoned before it starts.
+TEST(CheckedTessellationCodes, TinyThreadStacks) {
+    const PlanarGraph g = RectangleOverPointsInALine(10);
+    for (std::size_t kib : {48u, 64u}) {
+        struct Call {
+            const PlanarGraph* graph;
+            int result, added;
+        } call{&g, 0, 12345};
+        WriteToBuffers(g);
+        selvora_test::RunOnThreadWithStack(
+            kib << 10,
+            [](void* c) {
+                Call& call = *static_cast<Call*>(c);
+                call.result = OV_doTessellationChecked(call.graph->Points(), call.graph->Segments(),
+                                                       0, &call.added);
+            },
+            &call);
+        EXPECT_EQ(OV_TESSELLATION_ABANDONED, call.result) << kib;
+        EXPECT_EQ(0, call.added) << kib;
+    }
+    EXPECT_EQ(10, TessellateCheckedInBuffers(g).result);
+}
+
 TEST(CheckedTessellationCodes, StackTooShort) {
     const int n = 30000;
     const PlanarGraph g = RectangleOverPointsInALine(n);

@@ -161,6 +161,16 @@ TEST(TessellationRobustness, RecursionDeeperThanTheThreadsStackIsAbandoned) {
     EXPECT_EQ(10, TessellateOnAThread(RectangleOverPointsInALine(10), 256u << 10));
 }
 
+// Threads whose stacks are shorter than the triangulator's entry alone takes
+// (about 81 KiB): the call comes back with 0 instead of overflowing the
+// stack.
+TEST(TessellationRobustness, ThreadsWithTinyStacksGetNoTriangles) {
+    for (std::size_t kib : {48u, 64u}) {
+        EXPECT_EQ(0, TessellateOnAThread(RectangleOverPointsInALine(10), kib << 10)) << kib;
+    }
+    EXPECT_EQ(10, TessellateOnAThread(RectangleOverPointsInALine(10), 256u << 10));
+}
+
 TEST(TessellationRobustnessDeathTest, OutOfMemoryPreparingTheInputExits) {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the address sanitizer needs more address space than the cap leaves";

@@ -175,13 +175,49 @@ TEST(TriangleGuard, ABoundCountedInOneRunNeverCarriesIntoTheNext) {
     EXPECT_EQ(large, Triangulated(Grid(200)));
 }
 
+// A rectangle whose bottom side passes through n points: inserting that
+// side recurses once per point.
+Graph RectangleOverPointsInALine(int n) {
+    Graph g;
+    for (int i = 0; i < n; ++i) g.xy.insert(g.xy.end(), {double(i), 0.0});
+    g.xy.insert(g.xy.end(), {double(n - 1), 1.0, 0.0, 1.0});
+    g.segments = {0, n - 1, n - 1, n, n, n + 1, n + 1, 0};
+    return g;
+}
+
 TEST(TriangleGuard, ADeepRunIsAbandonedWhenTheStackRunsShort) {
-    // The grid needs more than a few bytes of stack; the square next needs
-    // its own room only.
+    // Room for the triangulator's entry and a little more: enough for a
+    // square, not for a recursion through 5,000 points. The square next
+    // needs its own room only.
+    const std::size_t room = (96u << 10) + (16u << 10);
     selvora_triangulation result{};
-    Graph g = Grid(20);
+    Graph square = UnitSquare();
+    ASSERT_EQ(1, selvora_triangulate(square.xy.data(), square.Points(), square.segments.data(),
+                                     square.Segments(), nullptr, 0, room, &result));
+    EXPECT_EQ(2, result.count);
+    selvora_triangulation_release();
+    Graph g = RectangleOverPointsInALine(5000);
     EXPECT_EQ(0, selvora_triangulate(g.xy.data(), g.Points(), g.segments.data(), g.Segments(),
-                                     nullptr, 0, 64, &result));
+                                     nullptr, 0, room, &result));
+    EXPECT_EQ(2, Triangulated(UnitSquare()));
+}
+
+TEST(TriangleGuard, LessRoomThanTheTriangulatorsEntryTakesIsRefused) {
+    // The triangulator's entry alone takes about 81 KiB of stack: with less
+    // room even a square is abandoned before it starts, and the stack of the
+    // thread, were it that short, is never touched below it.
+    selvora_triangulation result{};
+    Graph square = UnitSquare();
+    for (std::size_t room : {std::size_t{0}, std::size_t{64}, std::size_t{80u << 10}}) {
+        EXPECT_EQ(0, selvora_triangulate(square.xy.data(), square.Points(), square.segments.data(),
+                                         square.Segments(), nullptr, 0, room, &result))
+            << room;
+        EXPECT_EQ(
+            SELVORA_RUN_ABANDONED,
+            selvora_triangulate_checked(square.xy.data(), square.Points(), square.segments.data(),
+                                        square.Segments(), nullptr, 0, room, &result))
+            << room;
+    }
     EXPECT_EQ(2, Triangulated(UnitSquare()));
 }
 
