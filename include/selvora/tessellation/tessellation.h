@@ -78,7 +78,8 @@ SELVORA_API void OV_getTessellationBuffer(double** points, int** segments, int**
 ///
 /// A triangulation whose recursion or work would go beyond bounds in
 /// proportion to its input, or beyond the calling thread's stack, is
-/// abandoned: the result is 0 and nothing it allocated is kept.
+/// abandoned: the result is 0 and nothing it allocated is kept. A thread
+/// needs about 160 KiB of stack left for any triangulation to start.
 ///
 /// Fewer than 3 points (a negative count included), running out of memory, or
 /// an internal error of the triangulator (a search around a vertex that never
