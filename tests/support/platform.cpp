@@ -46,6 +46,8 @@ struct ThreadCall {
 
 }  // namespace
 
+bool ThreadStacksAreAsAsked() { return !RunningUnderWine(); }
+
 void RunOnThreadWithStack(std::size_t bytes, void (*body)(void*), void* argument) {
     ThreadCall call{body, argument};
 #ifdef _WIN32

@@ -20,6 +20,10 @@ void UnsetEnv(const std::string& name);
 // waits for it to end.
 void RunOnThreadWithStack(std::size_t bytes, void (*body)(void*), void* argument);
 
+// Whether such a thread's stack is as small as asked (to the page). Under
+// Wine a small stack comes out larger than asked.
+bool ThreadStacksAreAsAsked();
+
 #ifdef _WIN32
 // The running program's own path.
 std::filesystem::path ThisProgram();

@@ -350,7 +350,8 @@ PlanarGraph RectangleOverPointsInALine(int n) {
 // as with room. Which of the two depends on how much stack the library
 // measures as left; both occur.
 // On threads whose stacks are shorter than the triangulator's entry alone
-// takes (about 81 KiB), the run is abandoned before it starts.
+// takes (about 81 KiB), the run is abandoned before it starts (or, where the
+// stack came out larger than asked, the graph triangulated).
 TEST(CheckedTessellationCodes, TinyThreadStacks) {
     const PlanarGraph g = RectangleOverPointsInALine(10);
     for (std::size_t kib : {48u, 64u}) {
@@ -367,7 +368,12 @@ TEST(CheckedTessellationCodes, TinyThreadStacks) {
                                                        0, &call.added);
             },
             &call);
-        EXPECT_EQ(OV_TESSELLATION_ABANDONED, call.result) << kib;
+        if (selvora_test::ThreadStacksAreAsAsked()) {
+            EXPECT_EQ(OV_TESSELLATION_ABANDONED, call.result) << kib;
+        } else {  // the stack came out larger than asked: room to triangulate
+            EXPECT_TRUE(call.result == OV_TESSELLATION_ABANDONED || call.result == 10)
+                << kib << ": " << call.result;
+        }
         EXPECT_EQ(0, call.added) << kib;
     }
     EXPECT_EQ(10, TessellateCheckedInBuffers(g).result);

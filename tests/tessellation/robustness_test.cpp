@@ -163,10 +163,15 @@ TEST(TessellationRobustness, RecursionDeeperThanTheThreadsStackIsAbandoned) {
 
 // Threads whose stacks are shorter than the triangulator's entry alone takes
 // (about 81 KiB): the call comes back with 0 instead of overflowing the
-// stack.
+// stack (or, where the stack came out larger than asked, triangulates).
 TEST(TessellationRobustness, ThreadsWithTinyStacksGetNoTriangles) {
     for (std::size_t kib : {48u, 64u}) {
-        EXPECT_EQ(0, TessellateOnAThread(RectangleOverPointsInALine(10), kib << 10)) << kib;
+        const int result = TessellateOnAThread(RectangleOverPointsInALine(10), kib << 10);
+        if (selvora_test::ThreadStacksAreAsAsked()) {
+            EXPECT_EQ(0, result) << kib;
+        } else {
+            EXPECT_TRUE(result == 0 || result == 10) << kib << ": " << result;
+        }
     }
     EXPECT_EQ(10, TessellateOnAThread(RectangleOverPointsInALine(10), 256u << 10));
 }
