@@ -337,24 +337,24 @@ bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, int inputP
     return true;
 }
 
-// The vertices of a result with the vertices each shares an edge with.
+// The vertices of a result, each with the vertices its edges lead to
+// counter-clockwise round the triangles. An edge between two triangles leads
+// both ways; an edge on the boundary of the triangles only one way.
 class Neighbours {
   public:
     explicit Neighbours(const selvora_triangulation& result)
         : first_(static_cast<std::size_t>(result.numPoints) + 1, 0) {
         const std::size_t corners = 3 * static_cast<std::size_t>(result.count);
-        // Each edge of a triangle in both directions: an edge on the
-        // boundary belongs to one triangle only. The counts become the ends
-        // of the vertices' ranges, and each neighbour put in moves its
-        // vertex's end down, until it marks the range's start.
-        for (std::size_t k = 0; k < corners; ++k) first_[Corner(result, k)] += 2;
+        // The counts become the ends of the vertices' ranges, and each
+        // neighbour put in moves its vertex's end down, until it marks the
+        // range's start.
+        for (std::size_t k = 0; k < corners; ++k) ++first_[Corner(result, k)];
         int sum = 0;
         for (int& f : first_) f = sum += f;
         list_.resize(static_cast<std::size_t>(sum));
         for (std::size_t k = 0; k < corners; ++k) {
             const std::size_t p = Corner(result, k), q = Corner(result, k - k % 3 + (k + 1) % 3);
             list_[static_cast<std::size_t>(--first_[p])] = static_cast<int>(q);
-            list_[static_cast<std::size_t>(--first_[q])] = static_cast<int>(p);
         }
     }
 
@@ -370,30 +370,38 @@ class Neighbours {
     std::vector<int> list_;
 };
 
-// Whether a chain of edges through vertices near the segment leads from one
-// of its ends to the other: a search from one end over such vertices. Where
-// the triangulator routed a segment through a vertex away from its line,
-// there is no such chain. `reached` holds, for each vertex, the last segment
-// whose search reached it; `stack` is room for a search.
-bool IsChain(int index, const Segment& s, const Neighbours& neighbours, const double* xy,
-             std::vector<int>& reached, std::vector<int>& stack) {
-    if (s.a == s.b) return true;
-    stack.assign(1, s.a);
-    reached[static_cast<std::size_t>(s.a)] = index;
+// Whether a chain of edges through vertices near the segment leads from
+// `from` to `to`: a search over such vertices. `mark` is set in `reached`
+// for each vertex the search comes to; `stack` is room for the search.
+bool Leads(int from, int to, const Segment& s, const Neighbours& neighbours, const double* xy,
+           int mark, std::vector<int>& reached, std::vector<int>& stack) {
+    stack.assign(1, from);
+    reached[static_cast<std::size_t>(from)] = mark;
     while (!stack.empty()) {
         const int v = stack.back();
         stack.pop_back();
         for (const int* w = neighbours.begin(v); w != neighbours.end(v); ++w) {
-            if (*w == s.b) return true;
-            int& mark = reached[static_cast<std::size_t>(*w)];
+            if (*w == to) return true;
+            int& seen = reached[static_cast<std::size_t>(*w)];
             const double* p = xy + 2 * static_cast<std::size_t>(*w);
-            if (mark != index && Near(s, p[0], p[1])) {
-                mark = index;
+            if (seen != mark && Near(s, p[0], p[1])) {
+                seen = mark;
                 stack.push_back(*w);
             }
         }
     }
     return false;
+}
+
+// Whether a chain of edges through vertices near the segment leads from one
+// of its ends to the other. Where the triangulator routed a segment through a
+// vertex away from its line, there is no such chain. A chain along the
+// boundary of the triangles leads one way only, so both are tried. `reached`
+// holds, for each vertex, the last search that came to it.
+bool IsChain(int index, const Segment& s, const Neighbours& neighbours, const double* xy,
+             std::vector<int>& reached, std::vector<int>& stack) {
+    return s.a == s.b || Leads(s.a, s.b, s, neighbours, xy, 2 * index, reached, stack) ||
+           Leads(s.b, s.a, s, neighbours, xy, 2 * index + 1, reached, stack);
 }
 
 // No edge of a triangle crosses one of the input's segments unless an end of
