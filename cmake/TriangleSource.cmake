@@ -6,11 +6,12 @@
 #                           function and the line of each call, in source order;
 #   triangle.c              the source with one addition: the macro decode(),
 #                           through which Triangle steps from a triangle to a
-#                           neighbour, also counts the step with
-#                           SELVORA_TRIANGLE_STEP() (triangle_guard.h). Some of
-#                           Triangle's walks around a vertex call no function
-#                           at all; counting their steps is the only way to
-#                           bound them.
+#                           neighbour, also counts the step and checks the
+#                           triangle stepped onto with
+#                           SELVORA_TRIANGLE_STEP_ONTO() (triangle_guard.h).
+#                           Some of Triangle's walks around a vertex call no
+#                           function at all; counting their steps is the only
+#                           way to bound them.
 # Places are found by identifiers: a function definition is a line that starts
 # in the first column with a type and a name followed by "(" and has no ";";
 # a call is a line holding "internalerror();"; the macro is the line
@@ -31,14 +32,16 @@ endfunction()
 
 file(READ "${TRIANGLE_SOURCE}" source)
 
-# The step counter, appended to the last line of decode()'s definition.
-string(REGEX MATCH "\n#define decode\\(([^\n]*\\\\\n)*[^\n]*" decode "${source}")
+# The step counter, appended to the last line of decode()'s definition, whose
+# second parameter is the oriented triangle stepped onto.
+string(REGEX MATCH "\n#define decode\\(ptr, otri\\)([^\n]*\\\\\n)*[^\n]*" decode "${source}")
 if(NOT decode)
-  message(FATAL_ERROR "no definition of decode() found in ${TRIANGLE_SOURCE}")
+  message(FATAL_ERROR "no definition of decode(ptr, otri) found in ${TRIANGLE_SOURCE}")
 endif()
-string(REPLACE "${decode}" "${decode}; SELVORA_TRIANGLE_STEP()" guarded "${source}")
+string(REPLACE "${decode}" "${decode}; SELVORA_TRIANGLE_STEP_ONTO((otri).tri)" guarded
+  "${source}")
 write_if_changed("${OUTPUT_DIR}/triangle.c"
-  "/* Generated from ${TRIANGLE_SOURCE}: decode() counts its steps. */\n#line 1 \"${TRIANGLE_SOURCE}\"\n${guarded}")
+  "/* Generated from ${TRIANGLE_SOURCE}: decode() counts and checks its steps. */\n#line 1 \"${TRIANGLE_SOURCE}\"\n${guarded}")
 
 # Characters that CMake's lists treat specially are replaced before the
 # source is split into lines; only names and line numbers are kept.

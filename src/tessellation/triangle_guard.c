@@ -72,6 +72,13 @@ static size_t g_idleWork;
 size_t* selvora_triangle_work = &g_idleWork;
 size_t selvora_triangle_budget = SIZE_MAX;
 
+int selvora_triangle_searching;
+
+/* Whether an activation of `function` is a search for a point. */
+static int Searches(const void* function) {
+    return function == selvora_triangle_locate || function == selvora_triangle_preciselocate;
+}
+
 /* Sets both bounds from the size of the mesh, as it grows. */
 static void SetBudgets(void) {
     const size_t size = g_run.items + g_run.addedVertices;
@@ -121,6 +128,18 @@ void selvora_triangle_overrun(void) {
     Abandon();
 }
 
+/* A search for a point steps only onto triangles of the mesh, and
+ * preciselocate() onto the space outside it too (Triangle's dummy triangle,
+ * whose vertices are null), which it tells apart before it reads a vertex.
+ * A step onto a released triangle (its second neighbour and first vertex set
+ * null), or locate()'s step onto the outside, from where preciselocate()
+ * would start by reading a vertex, means the mesh has come apart: the run is
+ * abandoned before Triangle reads the vertex that is not there. */
+void selvora_triangle_check_step(const void* const* tri) {
+    if (!tri || !tri[1]) Abandon();
+    if (!tri[3] && g_run.frames[g_run.depth].function == selvora_triangle_locate) Abandon();
+}
+
 static int GrowFrames(void) {
     const size_t capacity = g_run.capacity * 2;
     struct frame* frames = (struct frame*)realloc(g_run.frames, capacity * sizeof *frames);
@@ -146,6 +165,7 @@ SELVORA_HIDDEN void __cyg_profile_func_enter(void* function, void* callSite) {
     g_run.frames[g_run.depth].function = function;
     g_run.frames[g_run.depth].work = 0;
     selvora_triangle_work = &g_run.frames[g_run.depth].work;
+    selvora_triangle_searching = Searches(function);
 }
 
 SELVORA_HIDDEN void __cyg_profile_func_exit(void* function, void* callSite) {
@@ -154,6 +174,7 @@ SELVORA_HIDDEN void __cyg_profile_func_exit(void* function, void* callSite) {
     if (!g_run.active || g_run.depth == 0) return;
     --g_run.depth;
     selvora_triangle_work = &g_run.frames[g_run.depth].work;
+    selvora_triangle_searching = Searches(g_run.frames[g_run.depth].function);
 }
 
 int selvora_triangle_report(const char* function, int line, const char* format, ...) {
@@ -219,6 +240,7 @@ static int BeginRun(size_t items, uintptr_t stackStart, size_t stackRoom, int ch
 
 static void EndRun(void) {
     g_run.active = 0;
+    selvora_triangle_searching = 0;
     selvora_triangle_work = &g_idleWork;
     selvora_triangle_budget = SIZE_MAX;
     free(g_run.frames);

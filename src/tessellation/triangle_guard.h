@@ -103,9 +103,23 @@ __attribute__((noreturn)) void selvora_triangle_overrun(void);
         if (++*selvora_triangle_work > selvora_triangle_budget) selvora_triangle_overrun(); \
     } while (0)
 
+/* Whether the activation in progress is a search for a point (locate(),
+ * preciselocate()). Every step of Triangle's walks onto a triangle goes
+ * through SELVORA_TRIANGLE_STEP_ONTO(), and during a search the guard checks
+ * the triangle stepped onto (selvora_triangle_check_step()). */
+extern int selvora_triangle_searching;
+void selvora_triangle_check_step(const void* const* tri);
+#define SELVORA_TRIANGLE_STEP_ONTO(tri)                                                         \
+    do {                                                                                        \
+        SELVORA_TRIANGLE_STEP();                                                                \
+        if (selvora_triangle_searching) selvora_triangle_check_step((const void* const*)(tri)); \
+    } while (0)
+
 /* Functions of Triangle the guard tells apart, by address (triangle_unit.c). */
 extern const void* const selvora_triangle_finddirection;
 extern const void* const selvora_triangle_segmentintersection;
+extern const void* const selvora_triangle_locate;
+extern const void* const selvora_triangle_preciselocate;
 
 #ifdef __cplusplus
 }

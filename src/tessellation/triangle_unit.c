@@ -9,7 +9,8 @@
  * The build compiles this unit with -finstrument-functions, so that the
  * guard sees every entry to and exit from Triangle's functions, and the text
  * included is the copy of triangle.c made at configure time, whose one
- * addition counts every step from a triangle to its neighbour as well
+ * addition counts every step from a triangle to its neighbour as well, and
+ * checks the triangle stepped onto during a search for a point
  * (cmake/TriangleSource.cmake). */
 
 /* The C library's own declarations come first, before the names are mapped. */
@@ -70,3 +71,5 @@ __attribute__((no_instrument_function)) double selvora_triangle_orientation(cons
 
 const void* const selvora_triangle_finddirection = (const void*)finddirection;
 const void* const selvora_triangle_segmentintersection = (const void*)segmentintersection;
+const void* const selvora_triangle_locate = (const void*)locate;
+const void* const selvora_triangle_preciselocate = (const void*)preciselocate;

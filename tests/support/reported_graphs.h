@@ -1,13 +1,14 @@
-// Two planar graphs that crashed and hung the triangulator, found by random
-// graphs mixing magnitudes from 1e-60 to 1e75. Both are open polylines:
-// they enclose nothing, so a triangulation that ends keeps no triangle.
+// Planar graphs that crashed and hung the triangulator, found by random
+// graphs and the fuzzers mixing magnitudes from 1e-60 to 1e75.
 #pragma once
 
 #include "common/planar_graph.h"
 
 namespace selvora_test {
 
-// Its segment insertion recursed without end (a stack overflow).
+// Its segment insertion recursed without end (a stack overflow). An open
+// polyline: it encloses nothing, so a triangulation that ends keeps no
+// triangle.
 inline selvora_common::PlanarGraph GraphThatOverflowedTheStack() {
     // clang-format off
     return {{0, -1.2941292465998752e+28,
@@ -22,7 +23,7 @@ inline selvora_common::PlanarGraph GraphThatOverflowedTheStack() {
     // clang-format on
 }
 
-// Its point location never ended.
+// Its point location never ended. An open polyline too.
 inline selvora_common::PlanarGraph GraphThatNeverReturned() {
     // clang-format off
     return {{-8.6909167050185145e-22, 4.2891091351342634e-41,
@@ -37,6 +38,34 @@ inline selvora_common::PlanarGraph GraphThatNeverReturned() {
              2.1954684179104103e+37, -5.9577330350022111e+24},
             {6, 8, 5, 9, 0, 1, 2, 4},
             {}};
+    // clang-format on
+}
+
+// Its segments' crossings, computed in floating point, left a mesh that had
+// come apart: a search for a segment's end stepped out of the mesh and read
+// a vertex that is not there (a segmentation fault).
+inline selvora_common::PlanarGraph GraphWhoseMeshCameApart() {
+    // clang-format off
+    return {{1.9960937500000002e+30, -1e-54,
+             -1.12890625e+40, 9.9999999999999995e+60,
+             -1.9843750000000001e-43, 0,
+             4, 6,
+             0, 4,
+             0, 1,
+             0, 9.9999999999999994e-12,
+             0, 6,
+             0, 2,
+             0, 4,
+             6, 0,
+             4, 0,
+             1, 0,
+             1.08203125e-27, 0,
+             6, 1.1289062499999999e+66,
+             5, 6},
+            {15, 1, 2, 1, 12, 14, 0, 2, 5, 2, 8, 15, 7, 7, 13, 1, 2, 1, 2, 1,
+             8, 14, 0, 2, 8, 2, 8, 2, 2, 14, 14, 1, 1, 1, 14, 1, 9, 14, 2, 8,
+             14, 1, 13, 1, 2, 1, 6, 8, 14, 10, 1, 1, 1, 1, 1, 1},
+            {9.9999999999999995e+73, 0, 0, 0, 0, 0}};
     // clang-format on
 }
 

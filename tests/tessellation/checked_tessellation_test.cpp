@@ -27,6 +27,7 @@
 #include "selvora/tessellation/tessellation.h"
 #include "support/address_space.h"
 #include "support/platform.h"
+#include "support/reported_graphs.h"
 #include "tessellation/tessellation_buffers.h"
 #include "tessellation/triangle_program.h"
 
@@ -730,6 +731,18 @@ TEST(CheckedTessellationFamilies, SmallSegmentBelowLargeCrossings) {
     }
     const CheckedTriangulation r = TessellateCheckedInBuffers(g);
     EXPECT_GE(r.result, 0);
+    if (r.result >= 0) {
+        EXPECT_EQ("", CheckTriangulation(g, r.added, r.triangles));
+    }
+}
+
+// Found by the fuzzer: the first run's mesh came apart, and its search for a
+// segment's end stepped out of it (the process died). That run is
+// abandoned, and the resolved graph triangulates.
+TEST(CheckedTessellationFamilies, GraphWhoseMeshCameApart) {
+    const PlanarGraph g = selvora_test::GraphWhoseMeshCameApart();
+    const CheckedTriangulation r = TessellateCheckedInBuffers(g);
+    EXPECT_GT(r.result, 0);
     if (r.result >= 0) {
         EXPECT_EQ("", CheckTriangulation(g, r.added, r.triangles));
     }

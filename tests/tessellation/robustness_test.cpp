@@ -91,6 +91,14 @@ TEST(TessellationRobustness, GraphThatNeverReturned) {
     EXPECT_EQ(0, e.result);
 }
 
+TEST(TessellationRobustness, GraphWhoseMeshCameApart) {
+    const Graph g = selvora_test::GraphWhoseMeshCameApart();
+    const Ending e = InChild(g);
+    ASSERT_TRUE(EndedAsDefined(g, e));
+    EXPECT_TRUE(e.returned);
+    EXPECT_EQ(0, e.result);  // the run is abandoned
+}
+
 TEST(TessellationRobustness, ThousandsOfMixedMagnitudeGraphsEndAsDefined) {
     int results = 0, triangulated = 0, fatal = 0;
     auto sweep = [&](unsigned first, unsigned count, int points, int segments, int holes) {
