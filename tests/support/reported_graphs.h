@@ -41,6 +41,18 @@ inline selvora_common::PlanarGraph GraphThatNeverReturned() {
     // clang-format on
 }
 
+// A rectangle whose bottom side passes through n points: inserting that side
+// recurses once per point. With 30,000 points it overflowed the stacks of
+// threads of 256 KiB.
+inline selvora_common::PlanarGraph RectangleOverPointsInALine(int n) {
+    selvora_common::PlanarGraph g;
+    for (int i = 0; i < n; ++i) g.AddPoint(i, 0);
+    g.AddPoint(n - 1, 1);
+    g.AddPoint(0, 1);
+    g.segments = {0, n - 1, n - 1, n, n, n + 1, n + 1, 0};
+    return g;
+}
+
 // Its segments' crossings, computed in floating point, left a mesh that had
 // come apart: a search for a segment's end stepped out of the mesh and read
 // a vertex that is not there (a segmentation fault).

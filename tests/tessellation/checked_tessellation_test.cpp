@@ -334,16 +334,7 @@ TEST(CheckedTessellationCodes, AddedPointsMayBeNull) {
     EXPECT_EQ(OV_TESSELLATION_BAD_COUNT, OV_doTessellationChecked(4, -1, 0, nullptr));
 }
 
-// A rectangle whose bottom side passes through n points: inserting that side
-// recurses once per point.
-PlanarGraph RectangleOverPointsInALine(int n) {
-    PlanarGraph g;
-    for (int i = 0; i < n; ++i) g.AddPoint(i, 0);
-    g.AddPoint(n - 1, 1);
-    g.AddPoint(0, 1);
-    g.segments = {0, n - 1, n - 1, n, n, n + 1, n + 1, 0};
-    return g;
-}
+using selvora_test::RectangleOverPointsInALine;
 
 // With 30,000 points, on a thread with a stack of 128 KiB: the run is
 // abandoned, with the buffers as they were, or (when the library finds the

@@ -175,15 +175,7 @@ TEST(TriangleGuard, ABoundCountedInOneRunNeverCarriesIntoTheNext) {
     EXPECT_EQ(large, Triangulated(Grid(200)));
 }
 
-// A rectangle whose bottom side passes through n points: inserting that
-// side recurses once per point.
-Graph RectangleOverPointsInALine(int n) {
-    Graph g;
-    for (int i = 0; i < n; ++i) g.xy.insert(g.xy.end(), {double(i), 0.0});
-    g.xy.insert(g.xy.end(), {double(n - 1), 1.0, 0.0, 1.0});
-    g.segments = {0, n - 1, n - 1, n, n, n + 1, n + 1, 0};
-    return g;
-}
+using selvora_test::RectangleOverPointsInALine;
 
 TEST(TriangleGuard, ADeepRunIsAbandonedWhenTheStackRunsShort) {
     // Room for the triangulator's entry and a little more: enough for a
