@@ -22,18 +22,21 @@ namespace {
 // that magnitude; a vertex further away is one of its failures.
 const double kReach = std::ldexp(1.0, -42);
 
-struct Vertex {
-    double x, y;
-    bool operator<(const Vertex& o) const { return x != o.x ? x < o.x : y < o.y; }
+struct Box {
+    double x0, y0, x1, y1;
 };
 
-// A segment's ends (with their indices among the result's vertices), its
-// bounds widened by how far a crossing of it may lie, and the unit normal of
-// its line.
+bool Overlap(const Box& p, const Box& q) {
+    return p.x0 <= q.x1 && q.x0 <= p.x1 && p.y0 <= q.y1 && q.y0 <= p.y1;
+}
+
+// A segment's ends (their indices among the result's vertices, and x, y),
+// its bounds widened by how far a crossing of it may lie, and the unit
+// normal of its line.
 struct Segment {
     int a, b;
-    double ax, ay, bx, by;
-    double x0, y0, x1, y1;
+    double pa[2], pb[2];
+    Box bounds;
     double reach;
     double nx, ny;
 };
@@ -111,18 +114,13 @@ class InputPoints {
 // no other vertex stands. (The input's points are at places of their own.)
 bool AddedVerticesStandAlone(const selvora_triangulation& result, int inputPoints,
                              const InputPoints& points) {
-    std::vector<Vertex> added;
-    added.reserve(static_cast<std::size_t>(result.numPoints - inputPoints));
+    PlaceCounts added(static_cast<std::size_t>(result.numPoints - inputPoints));
     for (int i = inputPoints; i < result.numPoints; ++i) {
         const double x = result.xy[2 * static_cast<std::size_t>(i)];
         const double y = result.xy[2 * static_cast<std::size_t>(i) + 1];
         if (!(OV_isTessellationCoordinate(x) && OV_isTessellationCoordinate(y))) return false;
-        if (points.Has(x, y)) return false;
-        added.push_back({x, y});
-    }
-    std::sort(added.begin(), added.end());
-    for (std::size_t i = 1; i < added.size(); ++i) {
-        if (added[i - 1].x == added[i].x && added[i - 1].y == added[i].y) return false;
+        if (points.Has(x, y) || added.Has(PlaceOf(x, y))) return false;
+        added.Add(PlaceOf(x, y));
     }
     return true;
 }
@@ -130,13 +128,11 @@ bool AddedVerticesStandAlone(const selvora_triangulation& result, int inputPoint
 Segment SegmentOf(const double* xy, int a, int b) {
     const double *p = xy + 2 * static_cast<std::size_t>(a),
                  *q = xy + 2 * static_cast<std::size_t>(b);
-    Segment s{a, b, p[0], p[1], q[0], q[1], 0, 0, 0, 0, 0, 0, 0};
+    Segment s{a, b, {p[0], p[1]}, {q[0], q[1]}, {}, 0, 0, 0};
     s.reach =
         kReach * std::max({std::fabs(p[0]), std::fabs(p[1]), std::fabs(q[0]), std::fabs(q[1])});
-    s.x0 = std::min(p[0], q[0]) - s.reach;
-    s.x1 = std::max(p[0], q[0]) + s.reach;
-    s.y0 = std::min(p[1], q[1]) - s.reach;
-    s.y1 = std::max(p[1], q[1]) + s.reach;
+    s.bounds = {std::min(p[0], q[0]) - s.reach, std::min(p[1], q[1]) - s.reach,
+                std::max(p[0], q[0]) + s.reach, std::max(p[1], q[1]) + s.reach};
     // No square overflows or underflows for the coordinates the predicates
     // take.
     const double length = std::sqrt((q[0] - p[0]) * (q[0] - p[0]) + (q[1] - p[1]) * (q[1] - p[1]));
@@ -150,17 +146,11 @@ Segment SegmentOf(const double* xy, int a, int b) {
 // Whether (x, y) lies within the segment's reach of it, in double arithmetic
 // (the reach is far above its rounding errors). A segment without a length
 // has no normal and is near nothing.
-bool Near(const Segment& s, double x, double y) {
-    if (x < s.x0 || x > s.x1 || y < s.y0 || y > s.y1) return false;
+bool Near(const Segment& s, const double* p) {
+    if (!Overlap(s.bounds, {p[0], p[1], p[0], p[1]})) return false;
     if (s.nx == 0 && s.ny == 0) return false;
-    return std::fabs(s.nx * (x - s.ax) + s.ny * (y - s.ay)) <= s.reach;
+    return std::fabs(s.nx * (p[0] - s.pa[0]) + s.ny * (p[1] - s.pa[1])) <= s.reach;
 }
-
-struct Box {
-    double x0, y0, x1, y1;
-};
-
-Box BoundsOf(const Segment& s) { return {s.x0, s.y0, s.x1, s.y1}; }
 
 // Items (numbered from 0) in a grid of cells over their boxes, for the items
 // whose boxes may overlap a given box. The cell of a coordinate is monotone
@@ -168,7 +158,8 @@ Box BoundsOf(const Segment& s) { return {s.x0, s.y0, s.x1, s.y1}; }
 // over more than `mostCells` cells is kept aside and tried for every box.
 class BoxGrid {
   public:
-    BoxGrid(const std::vector<Box>& boxes, long mostCells) : mostCells_(mostCells) {
+    BoxGrid(const std::vector<Box>& boxes, long mostCells)
+        : items_(boxes.size()), mostCells_(mostCells) {
         for (const Box& b : boxes) {
             bounds_.x0 = std::min(bounds_.x0, b.x0);
             bounds_.y0 = std::min(bounds_.y0, b.y0);
@@ -179,26 +170,29 @@ class BoxGrid {
         // The items of each cell in one list: counted, the counts summed to
         // the ends of the cells' ranges, and each item put in moving its
         // cell's end down, until it marks the range's start.
-        first_.assign(static_cast<std::size_t>(side_ * side_) + 1, 0);
+        std::vector<Range> ranges;
+        ranges.reserve(boxes.size());
         for (std::size_t k = 0; k < boxes.size(); ++k) {
-            if (RangeOf(boxes[k]).Cells() > mostCells_) large_.push_back(static_cast<int>(k));
+            ranges.push_back(RangeOf(boxes[k]));
+            if (ranges.back().Cells() > mostCells_) large_.push_back(static_cast<int>(k));
         }
-        ForEachCell(boxes, [&](std::size_t cell, int) { ++first_[cell]; });
+        first_.assign(static_cast<std::size_t>(side_ * side_) + 1, 0);
+        ForEachCell(ranges, [&](std::size_t cell, int) { ++first_[cell]; });
         int sum = 0;
         for (int& f : first_) f = sum += f;
-        items_.resize(static_cast<std::size_t>(sum));
-        ForEachCell(boxes, [&](std::size_t cell, int k) {
-            items_[static_cast<std::size_t>(--first_[cell])] = k;
+        inCells_.resize(static_cast<std::size_t>(sum));
+        ForEachCell(ranges, [&](std::size_t cell, int k) {
+            inCells_[static_cast<std::size_t>(--first_[cell])] = k;
         });
     }
 
     // Whether `test` holds for an item whose cells meet the box's (for every
     // item, when the box spans too many cells).
     template <typename Test>
-    bool AnyOver(const Box& box, std::size_t items, Test test) const {
+    bool AnyOver(const Box& box, Test test) const {
         const Range r = RangeOf(box);
         if (r.Cells() > mostCells_) {
-            for (std::size_t k = 0; k < items; ++k) {
+            for (std::size_t k = 0; k < items_; ++k) {
                 if (test(static_cast<int>(k))) return true;
             }
             return false;
@@ -210,7 +204,7 @@ class BoxGrid {
             for (long cx = r.cx0; cx <= r.cx1; ++cx) {
                 const std::size_t cell = Index(cx, cy);
                 for (int i = first_[cell]; i < first_[cell + 1]; ++i) {
-                    if (test(items_[static_cast<std::size_t>(i)])) return true;
+                    if (test(inCells_[static_cast<std::size_t>(i)])) return true;
                 }
             }
         }
@@ -225,9 +219,9 @@ class BoxGrid {
 
     // Calls visit(cell, k) for each cell of each item k not kept aside.
     template <typename Visit>
-    void ForEachCell(const std::vector<Box>& boxes, Visit visit) const {
-        for (std::size_t k = 0; k < boxes.size(); ++k) {
-            const Range r = RangeOf(boxes[k]);
+    void ForEachCell(const std::vector<Range>& ranges, Visit visit) const {
+        for (std::size_t k = 0; k < ranges.size(); ++k) {
+            const Range& r = ranges[k];
             if (r.Cells() > mostCells_) continue;
             for (long cy = r.cy0; cy <= r.cy1; ++cy) {
                 for (long cx = r.cx0; cx <= r.cx1; ++cx) visit(Index(cx, cy), static_cast<int>(k));
@@ -246,18 +240,17 @@ class BoxGrid {
     }
     std::size_t Index(long cx, long cy) const { return static_cast<std::size_t>(cy * side_ + cx); }
 
+    std::size_t items_;
     long mostCells_;
     Box bounds_{HUGE_VAL, HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
     long side_ = 1;
-    std::vector<int> first_;  // the cells' ranges in items_
-    std::vector<int> items_;
+    std::vector<int> first_;  // the cells' ranges in inCells_
+    std::vector<int> inCells_;
     std::vector<int> large_;
 };
 
 bool SegmentsCross(const Segment& s, const Segment& t) {
-    const double sa[2] = {s.ax, s.ay}, sb[2] = {s.bx, s.by}, ta[2] = {t.ax, t.ay},
-                 tb[2] = {t.bx, t.by};
-    return CrossProperly(sa, sb, ta, tb);
+    return CrossProperly(s.pa, s.pb, t.pa, t.pb);
 }
 
 // Two of the segments that cross each other (exactly decided), or nulls.
@@ -277,27 +270,30 @@ std::pair<const Segment*, const Segment*> CrossingPair(
 // their bounding box but one at x itself, no other segment crossing the line
 // from one to the other). The triangulator then sees the graph around v as it
 // is around x.
-bool StandsFor(const Vertex& v, const Segment& s, const Segment& t,
+bool StandsFor(const double* p, const Segment& s, const Segment& t,
                const std::vector<Segment>& segments, const BoxGrid& grid,
                const InputPoints& points) {
-    const double sa[2] = {s.ax, s.ay}, sb[2] = {s.bx, s.by}, ta[2] = {t.ax, t.ay},
-                 tb[2] = {t.bx, t.by};
     double x[2];
-    ExactCrossing(sa, sb, ta, tb, x);
+    ExactCrossing(s.pa, s.pb, t.pa, t.pb, x);
     if (!OV_isTessellationCoordinate(x[0]) || !OV_isTessellationCoordinate(x[1])) return false;
-    const double p[2] = {v.x, v.y};
     if (p[0] == x[0] && p[1] == x[1]) return true;
     const double lo[2] = {std::min(p[0], x[0]), std::min(p[1], x[1])};
     const double hi[2] = {std::max(p[0], x[0]), std::max(p[1], x[1])};
     if (points.AnyWithin(lo, hi, x)) return false;
     const Box between{lo[0], lo[1], hi[0], hi[1]};
-    return !grid.AnyOver(between, segments.size(), [&](int k) {
+    return !grid.AnyOver(between, [&](int k) {
         const Segment& u = segments[static_cast<std::size_t>(k)];
-        if (&u == &s || &u == &t) return false;
-        if (u.x0 > hi[0] || u.x1 < lo[0] || u.y0 > hi[1] || u.y1 < lo[1]) return false;
-        const double ua[2] = {u.ax, u.ay}, ub[2] = {u.bx, u.by};
-        return CrossProperly(ua, ub, p, x);  // u separates v from x
+        if (&u == &s || &u == &t || !Overlap(u.bounds, between)) return false;
+        return CrossProperly(u.pa, u.pb, p, x);  // u separates v from x
     });
+}
+
+// The segments in a grid over their widened bounds.
+BoxGrid GridOf(const std::vector<Segment>& segments) {
+    std::vector<Box> boxes;
+    boxes.reserve(segments.size());
+    for (const Segment& s : segments) boxes.push_back(s.bounds);
+    return BoxGrid(boxes, 64);
 }
 
 // The input's segments, widened.
@@ -316,18 +312,14 @@ std::vector<Segment> SegmentsOf(TriangulatorInput& input) {
 // grid over their widened bounds.
 bool AddedVerticesLieOnCrossings(const selvora_triangulation& result, int inputPoints,
                                  const std::vector<Segment>& segments, const InputPoints& points) {
-    std::vector<Box> boxes;
-    boxes.reserve(segments.size());
-    for (const Segment& s : segments) boxes.push_back(BoundsOf(s));
-    const BoxGrid grid(boxes, 64);
+    const BoxGrid grid = GridOf(segments);
     std::vector<const Segment*> near;
     for (int i = inputPoints; i < result.numPoints; ++i) {
-        const Vertex v{result.xy[2 * static_cast<std::size_t>(i)],
-                       result.xy[2 * static_cast<std::size_t>(i) + 1]};
+        const double* v = result.xy + 2 * static_cast<std::size_t>(i);
         near.clear();
-        grid.AnyOver({v.x, v.y, v.x, v.y}, segments.size(), [&](int k) {
+        grid.AnyOver({v[0], v[1], v[0], v[1]}, [&](int k) {
             const Segment& s = segments[static_cast<std::size_t>(k)];
-            if (Near(s, v.x, v.y)) near.push_back(&s);
+            if (Near(s, v)) near.push_back(&s);
             return false;  // on to the next
         });
         const auto crossing = CrossingPair(near);
@@ -383,8 +375,7 @@ bool Leads(int from, int to, const Segment& s, const Neighbours& neighbours, con
         for (const int* w = neighbours.begin(v); w != neighbours.end(v); ++w) {
             if (*w == to) return true;
             int& seen = reached[static_cast<std::size_t>(*w)];
-            const double* p = xy + 2 * static_cast<std::size_t>(*w);
-            if (seen != mark && Near(s, p[0], p[1])) {
+            if (seen != mark && Near(s, xy + 2 * static_cast<std::size_t>(*w))) {
                 seen = mark;
                 stack.push_back(*w);
             }
@@ -408,35 +399,26 @@ bool IsChain(int index, const Segment& s, const Neighbours& neighbours, const do
 // the edge lies near the segment (a vertex added on it, whose edges may pass
 // its line by the rounding). Where the triangulator routed a segment through
 // vertices away from it, an edge crosses it elsewhere. Edges find the
-// segments near them in a grid.
-bool NoEdgeCutsASegment(const selvora_triangulation& result, const std::vector<Segment>& segments) {
-    // Each edge once (most belong to two triangles), by its ends.
-    std::vector<std::pair<int, int>> ends;
-    ends.reserve(3 * static_cast<std::size_t>(result.count));
-    for (int t = 0; t < result.count; ++t) {
-        const int* c = result.corners + 3 * static_cast<std::size_t>(t);
-        for (int k = 0; k < 3; ++k) {
-            ends.push_back({std::min(c[k], c[(k + 1) % 3]), std::max(c[k], c[(k + 1) % 3])});
-        }
-    }
-    std::sort(ends.begin(), ends.end());
-    ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
-    std::vector<Box> boxes;
-    boxes.reserve(segments.size());
-    for (const Segment& s : segments) boxes.push_back(BoundsOf(s));
-    const BoxGrid grid(boxes, 64);
+// segments near them in a grid; an edge between two triangles is tried from
+// each end.
+bool NoEdgeCutsASegment(const selvora_triangulation& result, const Neighbours& neighbours,
+                        const std::vector<Segment>& segments) {
+    const BoxGrid grid = GridOf(segments);
     // The cheap tests first: an edge along a segment, or from a vertex on
     // it, would need the exact orientation's slow path to be told apart.
     auto cut = [](const Segment& edge, const Segment& s) {
-        if (edge.x0 > s.x1 || s.x0 > edge.x1 || edge.y0 > s.y1 || s.y0 > edge.y1) return false;
-        if (Near(s, edge.ax, edge.ay) || Near(s, edge.bx, edge.by)) return false;
+        if (!Overlap(edge.bounds, s.bounds)) return false;
+        if (Near(s, edge.pa) || Near(s, edge.pb)) return false;
         return SegmentsCross(edge, s);
     };
-    for (const auto& [p, q] : ends) {
-        const Segment edge = SegmentOf(result.xy, p, q);
-        if (grid.AnyOver(BoundsOf(edge), segments.size(),
-                         [&](int s) { return cut(edge, segments[static_cast<std::size_t>(s)]); })) {
-            return false;
+    for (int p = 0; p < result.numPoints; ++p) {
+        for (const int* q = neighbours.begin(p); q != neighbours.end(p); ++q) {
+            const Segment edge = SegmentOf(result.xy, p, *q);
+            if (grid.AnyOver(edge.bounds, [&](int s) {
+                    return cut(edge, segments[static_cast<std::size_t>(s)]);
+                })) {
+                return false;
+            }
         }
     }
     return true;
@@ -461,7 +443,7 @@ bool NoSegmentIsCut(const selvora_triangulation& result, const std::vector<Segme
             unchained.push_back(segments[k]);
         }
     }
-    return unchained.empty() || NoEdgeCutsASegment(result, unchained);
+    return unchained.empty() || NoEdgeCutsASegment(result, neighbours, unchained);
 }
 
 // No vertex that is a corner of no triangle lies inside or on one. Where the
@@ -498,7 +480,7 @@ bool NoVertexInsideATriangle(const selvora_triangulation& result) {
         if (corners[static_cast<std::size_t>(i)]) continue;
         const double* p = result.xy + 2 * static_cast<std::size_t>(i);
         const Box at{p[0], p[1], p[0], p[1]};
-        if (grid.AnyOver(at, boxes.size(), [&](int t) { return holds(t, p); })) return false;
+        if (grid.AnyOver(at, [&](int t) { return holds(t, p); })) return false;
     }
     return true;
 }
